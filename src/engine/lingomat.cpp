@@ -1,0 +1,41 @@
+#include "engine/lingomat.h"
+
+#include <algorithm>
+
+#include "json/json_reader.h"
+
+namespace quillon::lingomat {
+namespace {
+
+// Inverts "language → names" from the data file into "name → languages", keeping file order.
+template <std::size_t N>
+void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char (&key)[N]) {
+  if (!document.IsObject()) throw JsonException(kNotAnObject);
+  const auto member = document.FindMember(key);
+  if (member == document.MemberEnd()) throw JsonException(kMissingKey);
+  if (!member->value.IsObject()) throw JsonException(kUnexpectedType);
+
+  for (const auto& entry : member->value.GetObject()) {
+    const std::string language = json_string(entry.name);
+    if (!entry.value.IsArray()) throw JsonException(kUnexpectedType);
+    for (const auto& name : entry.value.GetArray()) {
+      lookup[json_string(name)].push_back(language);
+    }
+  }
+}
+
+}  // namespace
+
+Lingomat::Lingomat(const Opts& opts)
+    : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier) {
+  {
+    const JsonDocument document = parse_json_file(opts_.classifier.data_file);
+    build_lookup(filenames_, document, "filenames");
+    build_lookup(extnames_, document, "extnames");
+    build_lookup(interpreters_, document, "interpreters");
+  }
+  // Sorted once so that identification can test membership by binary search.
+  std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
+}
+
+}  // namespace quillon::lingomat

@@ -1,0 +1,263 @@
+#include "tokenize/native_patterns.h"
+
+#include <unordered_map>
+
+namespace quillon::lingomat {
+namespace {
+
+constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
+
+// Character classes as the "C" locale defines them.
+bool is_space(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_alpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool is_word(char c) { return is_alpha(c) || is_digit(c) || c == '_'; }
+bool is_hex(char c) { return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool is_high(char c) { return static_cast<unsigned char>(c) >= 0x80; }
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_line_break(char c) { return c == '\r' || c == '\n'; }
+
+template <typename Predicate>
+const char* skip_while(const char* p, const char* end, Predicate predicate) {
+  while (p != end && predicate(*p)) ++p;
+  return p;
+}
+
+template <typename Predicate>
+std::size_t run_of(const char* at, const char* end, Predicate predicate) {
+  const std::size_t length = static_cast<std::size_t>(skip_while(at, end, predicate) - at);
+  return length == 0 ? kNoMatch : length;
+}
+
+std::size_t literal(const char* at, const char* end, const char* text, std::size_t length) {
+  if (static_cast<std::size_t>(end - at) < length) return kNoMatch;
+  for (std::size_t i = 0; i < length; ++i) {
+    if (at[i] != text[i]) return kNoMatch;
+  }
+  return length;
+}
+
+template <std::size_t N>
+std::size_t literal(const char* at, const char* end, const char (&text)[N]) {
+  return literal(at, end, text, N - 1);
+}
+
+// "#![^\r\n]+"
+std::size_t shebang_line(const char* at, const char* end) {
+  if (literal(at, end, "#!") == kNoMatch) return kNoMatch;
+  const std::size_t rest = run_of(at + 2, end, [](char c) { return !is_line_break(c); });
+  return rest == kNoMatch ? kNoMatch : 2 + rest;
+}
+
+// "\s*(?:#|//|--|%|\") "
+std::size_t line_comment(const char* at, const char* end) {
+  const char* p = skip_while(at, end, is_space);
+  std::size_t marker = kNoMatch;
+  for (const char* candidate : {"#", "//", "--", "%", "\""}) {
+    marker = literal(p, end, candidate, std::char_traits<char>::length(candidate));
+    if (marker != kNoMatch) break;
+  }
+  if (marker == kNoMatch) return kNoMatch;
+  p += marker;
+  if (p == end || *p != ' ') return kNoMatch;
+  return static_cast<std::size_t>(p + 1 - at);
+}
+
+// "\n|$": a line feed, or the empty match at the very end of the text.
+std::size_t end_of_line(const char* at, const char* end) {
+  if (at == end) return 0;
+  return *at == '\n' ? 1 : kNoMatch;
+}
+
+// "/\*|<!--|\{-|\(\*|\"\"\"|'''"
+std::size_t block_comment_start(const char* at, const char* end) {
+  for (const char* marker : {"/*", "<!--", "{-", "(*", "\"\"\"", "'''"}) {
+    const std::size_t length = literal(at, end, marker, std::char_traits<char>::length(marker));
+    if (length != kNoMatch) return length;
+  }
+  return kNoMatch;
+}
+
+// "(0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*)"
+std::size_t number(const char* at, const char* end) {
+  const char* p = at;
+  if (end - p >= 3 && p[0] == '0' && p[1] == 'x' && is_hex(p[2])) {
+    p = skip_while(p + 3, end, [](char c) { return is_hex(c) || c == '.'; });
+  } else if (p != end && is_digit(*p)) {
+    p = skip_while(p + 1, end, [](char c) { return is_digit(c) || c == '.'; });
+  } else {
+    return kNoMatch;
+  }
+  // The suffix always matches, possibly empty, so the prefix never has to give anything back.
+  if (p != end && (*p == 'u' || *p == 'U')) {
+    ++p;
+    for (int i = 0; i < 2 && p != end && (*p == 'l' || *p == 'L'); ++i) ++p;
+  } else {
+    if (end - p >= 2 && (p[0] == 'e' || p[0] == 'E') && (p[1] == '-' || p[1] == '+')) {
+      p = skip_while(p + 2, end, is_digit);
+    }
+    p = skip_while(p, end, [](char c) { return c == 'f' || c == 'F' || c == 'l' || c == 'L'; });
+  }
+  return static_cast<std::size_t>(p - at);
+}
+
+// "<[^\s<>][^<>]*>"
+std::size_t tag(const char* at, const char* end) {
+  if (end - at < 2 || at[0] != '<' || is_space(at[1]) || at[1] == '<' || at[1] == '>') {
+    return kNoMatch;
+  }
+  const char* p = skip_while(at + 2, end, [](char c) { return c != '<' && c != '>'; });
+  if (p == end || *p != '>') return kNoMatch;
+  return static_cast<std::size_t>(p + 1 - at);
+}
+
+// "[;{}()[\]]"
+std::size_t bracket(const char* at, const char* end) {
+  if (at == end) return kNoMatch;
+  switch (*at) {
+    case ';':
+    case '{':
+    case '}':
+    case '(':
+    case ')':
+    case '[':
+    case ']':
+      return 1;
+    default:
+      return kNoMatch;
+  }
+}
+
+// "[\w\.@#\/\*]+"
+std::size_t word(const char* at, const char* end) {
+  return run_of(at, end, [](char c) {
+    return is_word(c) || c == '.' || c == '@' || c == '#' || c == '/' || c == '*';
+  });
+}
+
+// "[\x80-\xFF]+"
+std::size_t high_bytes(const char* at, const char* end) { return run_of(at, end, is_high); }
+
+// "[-+*/%]|<<?|&&?|\|\|?"
+std::size_t operator_token(const char* at, const char* end) {
+  if (at == end) return kNoMatch;
+  switch (*at) {
+    case '-':
+    case '+':
+    case '*':
+    case '/':
+    case '%':
+      return 1;
+    case '<':
+    case '&':
+    case '|':
+      return (end - at >= 2 && at[1] == at[0]) ? 2 : 1;
+    default:
+      return kNoMatch;
+  }
+}
+
+// "#![ \t]*"
+std::size_t shebang_mark(const char* at, const char* end) {
+  if (literal(at, end, "#!") == kNoMatch) return kNoMatch;
+  return static_cast<std::size_t>(skip_while(at + 2, end, is_blank) - at);
+}
+
+// "\S+"
+std::size_t non_blank_run(const char* at, const char* end) {
+  return run_of(at, end, [](char c) { return !is_space(c); });
+}
+
+// "[ \t]+"
+std::size_t blanks(const char* at, const char* end) { return run_of(at, end, is_blank); }
+
+// "[^\r\n]*=\S+[ \t]+": the greedy prefix settles on the last "=" of the line that is
+// followed by a non-blank run and at least one blank.
+std::size_t env_assignments(const char* at, const char* end) {
+  const char* line_end = skip_while(at, end, [](char c) { return !is_line_break(c); });
+  const char* run_end = line_end;  // end of the non-space run that starts after p
+  for (const char* p = line_end; p != at;) {
+    --p;
+    if (p + 1 < line_end && is_space(p[1])) run_end = p + 1;
+    if (*p != '=' || p + 1 == line_end || is_space(p[1])) continue;
+    const char* blank_end = skip_while(run_end, end, is_blank);
+    if (blank_end != run_end) return static_cast<std::size_t>(blank_end - at);
+  }
+  return kNoMatch;
+}
+
+// "<\/?[^\s>]+": an optional slash that the run could not follow is taken by the run itself.
+std::size_t tag_opener(const char* at, const char* end) {
+  if (at == end || *at != '<') return kNoMatch;
+  const std::size_t rest = run_of(at + 1, end, [](char c) { return !is_space(c) && c != '>'; });
+  return rest == kNoMatch ? kNoMatch : 1 + rest;
+}
+
+// "\w+="
+std::size_t attribute_with_value(const char* at, const char* end) {
+  const char* p = skip_while(at, end, is_word);
+  if (p == at || p == end || *p != '=') return kNoMatch;
+  return static_cast<std::size_t>(p + 1 - at);
+}
+
+// "\w+"
+std::size_t bare_word(const char* at, const char* end) { return run_of(at, end, is_word); }
+
+// "[^\\]\"" and "[^\\]'"
+template <char Quote>
+std::size_t quoted_value_end(const char* at, const char* end) {
+  return (end - at >= 2 && at[0] != '\\' && at[1] == Quote) ? 2 : kNoMatch;
+}
+
+// Single characters and the block-comment end markers are plain literals.
+template <char... Chars>
+std::size_t literal_chars(const char* at, const char* end) {
+  static constexpr char text[] = {Chars..., '\0'};
+  return literal(at, end, text);
+}
+
+const std::unordered_map<std::string, NativePattern>& native_patterns() {
+  static const std::unordered_map<std::string, NativePattern> patterns = {
+      {"#![^\r\n]+", {shebang_line}},
+      {"\\s*(?:#|//|--|%|\") ", {line_comment}},
+      {"\n|$", {end_of_line}},
+      {"/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''", {block_comment_start}},
+      {"\\*/", {literal_chars<'*', '/'>}},
+      {"-->", {literal_chars<'-', '-', '>'>}},
+      {"-\\}", {literal_chars<'-', '}'>}},
+      {"\\*\\)", {literal_chars<'*', ')'>}},
+      {"\"\"\"", {literal_chars<'"', '"', '"'>}},
+      {"'''", {literal_chars<'\'', '\'', '\''>}},
+      {"\"", {literal_chars<'"'>}},
+      {"'", {literal_chars<'\''>}},
+      {">", {literal_chars<'>'>}},
+      {"(0x[0-9a-fA-F][0-9a-fA-F.]*|\\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\\d*)?[fFlL]*)", {number}},
+      {"<[^\\s<>][^<>]*>", {tag}},
+      {"[;{}()[\\]]", {bracket}},
+      {"[\\w\\.@#\\/\\*]+", {word}},
+      {"[\\x80-\\xFF]+", {high_bytes}},
+      {"[-+*/%]|<<?|&&?|\\|\\|?", {operator_token}},
+      {"#![ \t]*", {shebang_mark}},
+      {"\\S+", {non_blank_run}},
+      {"[ \t]+", {blanks}},
+      {"[^\r\n]*=\\S+[ \t]+", {env_assignments}},
+      {"<\\/?[^\\s>]+", {tag_opener}},
+      {"\\w+=", {attribute_with_value}},
+      {"\\w+", {bare_word}},
+      {"[^\\\\]\"", {quoted_value_end<'"'>}},
+      {"[^\\\\]'", {quoted_value_end<'\''>}},
+  };
+  return patterns;
+}
+
+}  // namespace
+
+const NativePattern* find_native_pattern(const std::string& pattern) {
+  const auto& patterns = native_patterns();
+  const auto found = patterns.find(pattern);
+  return found == patterns.end() ? nullptr : &found->second;
+}
+
+}  // namespace quillon::lingomat

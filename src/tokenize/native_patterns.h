@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace quillon::lingomat {
+
+// Hand-written matchers for the fixed patterns the tokenizer uses. They give exactly the
+// results of the ECMAScript expressions they stand for, but run in linear time without
+// recursion, so a long line or a huge buffer cannot exhaust the stack.
+struct NativePattern {
+  static constexpr std::size_t kNoMatch = static_cast<std::size_t>(-1);
+  // Length of the match that starts exactly at `at`, or kNoMatch.
+  std::size_t (*match)(const char* at, const char* end);
+};
+
+// The native matcher for this pattern text, or null when it must go to std::regex.
+const NativePattern* find_native_pattern(const std::string& pattern);
+
+}  // namespace quillon::lingomat

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+
+namespace quillon::lingomat {
+
+// A cursor over one text, moved by regular expressions. Patterns are compiled
+// once per scanner and cached; the text is referenced, never copied.
+class StringScanner {
+ public:
+  struct Detail {
+    std::map<std::string, std::regex> patterns;
+    const std::regex& get(const std::string& pattern);
+  };
+
+  explicit StringScanner(const std::string& text);
+  ~StringScanner();
+  StringScanner(const StringScanner&) = delete;
+  StringScanner& operator=(const StringScanner&) = delete;
+
+  std::uint64_t pos() const { return pos_; }
+  bool eos() const { return pos_ == text_.size(); }
+  bool line_begin() const;
+  std::string peek(std::uint64_t count, std::int64_t offset) const;
+  void advance() { ++pos_; }
+  void set_pos(std::uint64_t pos) { pos_ = pos; }
+
+  // Consumes a match that starts exactly at the cursor; empty when none.
+  std::string scan(const std::string& pattern);
+  // Moves past the next match anywhere after the cursor; returns the distance.
+  std::uint64_t skip_until(const std::string& pattern);
+
+  static std::string pattern_escape(const std::string& text);
+
+ private:
+  std::unique_ptr<Detail> detail_;
+  const std::string& text_;
+  std::uint64_t pos_ = 0;
+};
+
+}  // namespace quillon::lingomat

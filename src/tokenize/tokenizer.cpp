@@ -1,0 +1,111 @@
+#include "tokenize/tokenizer.h"
+
+#include "tokenize/string_scanner.h"
+
+namespace quillon::lingomat {
+namespace {
+
+struct CommentMarkers {
+  const char* start;
+  const char* end;
+};
+
+// The order fixes the order of the alternatives in the start pattern.
+constexpr CommentMarkers kBlockComments[] = {
+    {"/*", "*/"}, {"<!--", "-->"}, {"{-", "-}"}, {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"},
+};
+
+const std::string kShebangLine = "#![^\r\n]+";
+const std::string kLineComment = "\\s*(?:#|//|--|%|\") ";
+const std::string kEndOfLine = "\n|$";
+const std::string kNumber =
+    R"re((0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*))re";
+const std::string kTag = R"re(<[^\s<>][^<>]*>)re";
+const std::string kBracket = R"re([;{}()[\]])re";
+const std::string kWord = R"re([\w\.@#\/\*]+)re";
+const std::string kHighBytes = R"re([\x80-\xFF]+)re";
+const std::string kOperator = R"re([-+*/%]|<<?|&&?|\|\|?)re";
+
+// Skips a string literal whose opening quote is at the cursor. A quote preceded by a
+// backslash counts as escaped (an escaped backslash before the quote is misread on purpose).
+void skip_string_literal(StringScanner& scanner, char quote) {
+  scanner.advance();
+  const std::uint64_t start = scanner.pos();
+  const std::string quote_pattern(1, quote);
+  for (;;) {
+    if (scanner.skip_until(quote_pattern) == 0) {
+      // Unterminated: only the opening quote is lost; the rest is tokenized as code.
+      scanner.set_pos(start);
+      return;
+    }
+    if (scanner.peek(1, -2) != "\\") return;
+  }
+}
+
+}  // namespace
+
+Tokenizer::Tokenizer(const Opts& opts) : opts_(opts) {
+  std::string alternation;
+  for (const CommentMarkers& markers : kBlockComments) {
+    const std::string start = StringScanner::pattern_escape(markers.start);
+    const std::string end = StringScanner::pattern_escape(markers.end);
+    if (!multiline_comments_.empty()) alternation += "|";
+    alternation += start;
+    multiline_comments_[markers.start] = end;
+  }
+  multiline_comment_pattern_ = alternation;
+}
+
+std::vector<std::string> Tokenizer::extract_tokens(const std::string& text) const {
+  std::vector<std::string> tokens;
+  StringScanner scanner(text);
+  // The limits are checked only between steps, so the last token may end past them.
+  while (!scanner.eos() && !(opts_.max_bytes != 0 && scanner.pos() >= opts_.max_bytes) &&
+         !(opts_.max_tokens != 0 && tokens.size() >= opts_.max_tokens)) {
+    if (scanner.line_begin()) {
+      const std::string shebang_line = scanner.scan(kShebangLine);
+      if (!shebang_line.empty()) {
+        const std::string interpreter = extract_shebang(shebang_line);
+        if (!interpreter.empty()) tokens.push_back("SHEBANG#!" + interpreter);
+        continue;
+      }
+      if (!scanner.scan(kLineComment).empty()) {
+        scanner.skip_until(kEndOfLine);
+        continue;
+      }
+    }
+
+    const std::string comment_start = scanner.scan(multiline_comment_pattern_);
+    if (!comment_start.empty()) {
+      scanner.skip_until(multiline_comments_.at(comment_start));
+      continue;
+    }
+
+    const std::string next = scanner.peek(1, 0);
+    if (next == "\"" || next == "'") {
+      skip_string_literal(scanner, next[0]);
+      continue;
+    }
+
+    if (!scanner.scan(kNumber).empty()) continue;
+
+    const std::string tag = scanner.scan(kTag);
+    if (!tag.empty()) {
+      for (std::string& token : extract_sgml_tokens(tag)) tokens.push_back(std::move(token));
+      continue;
+    }
+
+    std::string token = scanner.scan(kBracket);
+    if (token.empty()) token = scanner.scan(kWord);
+    if (token.empty()) token = scanner.scan(kHighBytes);
+    if (token.empty()) token = scanner.scan(kOperator);
+    if (token.empty()) {
+      scanner.advance();
+    } else {
+      tokens.push_back(std::move(token));
+    }
+  }
+  return tokens;
+}
+
+}  // namespace quillon::lingomat

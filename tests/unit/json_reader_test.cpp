@@ -1,0 +1,88 @@
+#include "json/json_reader.h"
+
+#include <gtest/gtest.h>
+
+#include "temp_file.h"
+
+namespace quillon::lingomat {
+namespace {
+
+using testing::TempFile;
+
+std::string parse_error(const std::string& content) {
+  TempFile file(content);
+  try {
+    parse_json_file(file.path());
+  } catch (const JsonException& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+TEST(ParseJsonFile, MissingFileIsAStreamFailureNotAJsonError) {
+  EXPECT_THROW(parse_json_file("/nonexistent/lingomat/data.json"), std::ios_base::failure);
+}
+
+TEST(ParseJsonFile, ReportsTheParserMessageWithoutOffset) {
+  EXPECT_EQ(parse_error(""), "The document is empty.");
+  EXPECT_EQ(parse_error(" \t\r\n"), "The document is empty.");
+  EXPECT_EQ(parse_error("{} {}"), "The document root must not be followed by other values.");
+  EXPECT_EQ(parse_error("{\"a\": 1,}"), "Missing a name for object member.");
+  EXPECT_EQ(parse_error("{\"a\": NaN}"), "Invalid value.");
+}
+
+TEST(ParseJsonFile, StopsAtTheFirstNulByte) {
+  TempFile file(std::string("{\"a\": 1}\0garbage", 16));
+  const JsonDocument document = parse_json_file(file.path());
+  EXPECT_EQ(json_get<int>(document, "a"), 1);
+}
+
+TEST(ParseJsonFile, AcceptsSurroundingWhitespace) {
+  TempFile file("\r\n\t {\"a\": 2} \n");
+  EXPECT_EQ(json_get<int>(parse_json_file(file.path()), "a"), 2);
+}
+
+std::string get_error(const char* json) {
+  JsonDocument document;
+  document.Parse(json);
+  try {
+    json_get<int>(document, "n");
+  } catch (const JsonException& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+TEST(JsonGet, NamesEachKindOfProblem) {
+  EXPECT_EQ(get_error("[1]"), "Expected JSON value to be an object");
+  EXPECT_EQ(get_error("{\"m\": 1}"), "JSON object missing expected key");
+  EXPECT_EQ(get_error("{\"n\": \"1\"}"), "JSON value was of an unexpected type");
+  EXPECT_EQ(get_error("{\"n\": 3.0}"), "JSON value was of an unexpected type");
+  EXPECT_EQ(get_error("{\"n\": 1e3}"), "JSON value was of an unexpected type");
+  EXPECT_EQ(get_error("{\"n\": 2147483648}"), "JSON value was of an unexpected type");
+  EXPECT_EQ(get_error("{\"n\": 2147483647}"), "no error");
+  EXPECT_EQ(get_error("{\"n\": -2147483648}"), "no error");
+}
+
+TEST(JsonGet, FirstOfDuplicateMembersWins) {
+  JsonDocument document;
+  document.Parse("{\"n\": 1, \"n\": 2, \"o\": {\"x\": 1}}");
+  EXPECT_EQ(json_get<int>(document, "n"), 1);
+  EXPECT_TRUE(json_get<JsonConstObject>(document, "o").HasMember("x"));
+  EXPECT_THROW(json_get<JsonConstObject>(document, "n"), JsonException);
+}
+
+TEST(JsonString, KeepsEmbeddedNulAndRejectsOtherTypes) {
+  JsonDocument document;
+  document.Parse("[\"a\\u0000b\", 5]");
+  EXPECT_EQ(json_string(document[0]), std::string("a\0b", 3));
+  try {
+    json_string(document[1]);
+    FAIL() << "a number is not a string";
+  } catch (const JsonException& e) {
+    EXPECT_STREQ(e.what(), "Expected JSON value to be a string");
+  }
+}
+
+}  // namespace
+}  // namespace quillon::lingomat
