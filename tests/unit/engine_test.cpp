@@ -1,0 +1,181 @@
+#include "engine/lingomat.h"
+
+#include <gtest/gtest.h>
+
+#include "json/json_exception.h"
+#include "temp_file.h"
+
+namespace quillon::lingomat {
+namespace {
+
+using testing::TempFile;
+using Names = std::vector<std::string>;
+
+// Make is known only by its file name; it has no statistics.
+const char* const kLookups = R"json(
+  "filenames": {"Make": ["Makefile"], "Ruby": ["Rakefile", "Makefile"]},
+  "extnames": {"C": [".h", ".c"], "Cpp": [".h", ".cpp", ".cpp"], "Python": [".py"],
+               "Ruby": [".rb"]},
+  "interpreters": {"Python": ["python"], "Ruby": ["ruby"]},)json";
+
+// Python favours "def" and ":"; C favours "int" and ";"; Cpp favours "int" and "template".
+const char* const kStatistics = R"json(
+  "languages": {"C": 10, "Cpp": 10, "Python": 10, "Ruby": 10},
+  "language_tokens": {"C": 100, "Cpp": 100, "Python": 100, "Ruby": 100},
+  "tokens": {
+    "C": {"int": 40, ";": 40, "(": 10, ")": 10},
+    "Cpp": {"int": 30, "template": 30, ";": 20, "(": 10, ")": 10},
+    "Python": {"def": 40, "(": 20, ")": 20, "self": 20},
+    "Ruby": {"end": 50, "def": 30, "do": 20}},
+  "tokens_total": 400,
+  "languages_total": 40)json";
+
+std::string data_file_text() { return std::string("{") + kLookups + kStatistics + "}"; }
+
+class EngineTest : public ::testing::Test {
+ protected:
+  Lingomat make(Lingomat::Opts opts = {}) {
+    opts.classifier.data_file = file_.path();
+    return Lingomat(opts);
+  }
+
+  static std::string repeat(const std::string& text, int n) {
+    std::string result;
+    for (int i = 0; i < n; ++i) result += text;
+    return result;
+  }
+
+  TempFile file_{data_file_text()};
+};
+
+TEST_F(EngineTest, NameStrategiesReadTheirLookupExactly) {
+  const Lingomat engine = make();
+  EXPECT_EQ(engine.identify_by_filename("Makefile"), (Names{"Make", "Ruby"}));
+  EXPECT_EQ(engine.identify_by_filename("src/Makefile"), Names{});
+  EXPECT_EQ(engine.identify_by_filename("makefile"), Names{});
+  EXPECT_EQ(engine.identify_by_extension("x.h"), (Names{"C", "Cpp"}));
+  EXPECT_EQ(engine.identify_by_extension("x.cpp"), (Names{"Cpp", "Cpp"}));
+  EXPECT_EQ(engine.identify_by_extension("script.py"), Names{"Python"});
+  EXPECT_EQ(engine.identify_by_extension("SCRIPT.PY"), Names{});
+  EXPECT_EQ(engine.identify_by_extension("script"), Names{});
+  EXPECT_EQ(engine.identify_by_extension("script.py.bak"), Names{});
+  EXPECT_EQ(engine.identify_by_extension("build.d/Makefile"), Names{});
+  EXPECT_EQ(engine.identify_by_extension(""), Names{});
+  EXPECT_EQ(engine.identify_by_shebang("#!/usr/bin/env python3\n"), Names{"Python"});
+  EXPECT_EQ(engine.identify_by_shebang("#!/bin/zsh\n"), Names{});
+  EXPECT_EQ(engine.identify_by_shebang("print()"), Names{});
+}
+
+TEST_F(EngineTest, ClassifierDecidesBetweenSeveralCandidates) {
+  const Lingomat engine = make();
+  const std::string cpp = repeat("int template ; ", 20);
+  EXPECT_EQ(engine.identify("x.h", cpp), "Cpp");
+  EXPECT_EQ(engine.identify("x.h", repeat("int ; ", 30)), "C");
+  // A file name and an extension that disagree are settled by the text.
+  EXPECT_EQ(engine.identify("Makefile", repeat("def end do ", 20)), "Ruby");
+}
+
+TEST_F(EngineTest, FallsBackToTheFirstCandidateWhenTheClassifierIsSilent) {
+  const Lingomat engine = make();
+  EXPECT_EQ(engine.identify("x.h", "int;"), "C");
+  EXPECT_EQ(engine.identify("Makefile", "all:"), "Make");
+  // Interpreter beats extension at the fall-back.
+  EXPECT_EQ(engine.identify("x.rb", "#!/usr/bin/python\nx"), "Python");
+}
+
+TEST_F(EngineTest, SingleCandidateIsAlwaysTheAnswer) {
+  const Lingomat engine = make();
+  EXPECT_EQ(engine.identify("a.py", repeat("int template ; ", 20)), "Python");
+  // Known only to the lookups, it still wins as the only candidate.
+  Lingomat::Opts opts;
+  opts.restrictions = {"Make"};
+  EXPECT_EQ(make(opts).identify("Makefile", repeat("int ; ", 30)), "Make");
+}
+
+TEST_F(EngineTest, NoCandidatesRanksEveryLanguage) {
+  const Lingomat engine = make();
+  EXPECT_EQ(engine.identify("", repeat("def self ( ) ", 15)), "Python");
+  EXPECT_EQ(engine.identify("", ""), "");
+  EXPECT_EQ(engine.identify("unknown.txt", "   \n\t "), "");
+}
+
+TEST_F(EngineTest, RestrictionsNarrowCandidatesAndRankings) {
+  Lingomat::Opts opts;
+  opts.restrictions = {"Ruby", "C"};
+  const Lingomat engine = make(opts);
+  EXPECT_TRUE(engine.apply_restrictions());
+  EXPECT_EQ(engine.default_restrictions(), (Names{"C", "Ruby"}));
+  // Python is excluded: the classifier ranks only C and Ruby.
+  EXPECT_EQ(engine.identify("a.py", repeat("def self ", 20)), "Ruby");
+  // Excluded and too short to classify: no answer rather than an excluded language.
+  EXPECT_EQ(engine.identify("a.py", "def"), "");
+}
+
+TEST_F(EngineTest, UnrestrictedDefaultsToEveryLanguageWithStatistics) {
+  const Lingomat engine = make();
+  EXPECT_FALSE(engine.apply_restrictions());
+  EXPECT_EQ(engine.default_restrictions(), (Names{"C", "Cpp", "Python", "Ruby"}));
+}
+
+TEST_F(EngineTest, ScoreFloorPerToken) {
+  Lingomat::Opts opts;
+  opts.classifier.min_tokens = 0;
+  // 50 tokens unseen everywhere: -ln(400) ≈ -5.99 per token plus the prior.
+  const std::string unseen = repeat("zz ", 50);
+  opts.classifier.min_score_per_token = -5.0;
+  EXPECT_TRUE(make(opts).identify_by_classifier(unseen, {}).empty());
+  opts.classifier.min_score_per_token = -7.0;
+  EXPECT_EQ(make(opts).identify_by_classifier(unseen, {}).size(), 4u);
+  opts.classifier.min_score_per_token = -0.0;
+  EXPECT_EQ(make(opts).identify_by_classifier(unseen, {"C", "Nope"}).size(), 1u);
+}
+
+TEST_F(EngineTest, EmptyTextWithoutMinimumKeepsOnlyZeroScores) {
+  Lingomat::Opts opts;
+  opts.classifier.min_tokens = 0;
+  // No tokens: score ÷ 0 is -inf for a negative prior, so a non-zero floor drops it.
+  EXPECT_TRUE(make(opts).identify_by_classifier("", {}).empty());
+  opts.classifier.min_score_per_token = 0.0;
+  EXPECT_EQ(make(opts).identify_by_classifier("", {}).size(), 4u);
+}
+
+std::string construction_error(const std::string& json) {
+  TempFile file(json);
+  Lingomat::Opts opts;
+  opts.classifier.data_file = file.path();
+  try {
+    Lingomat engine(opts);
+  } catch (const JsonException& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+TEST(EngineConstruction, RejectsMalformedLookups) {
+  const std::string stats = kStatistics;
+  EXPECT_EQ(construction_error(R"json({"filenames": {}, "interpreters": {},)json" + stats + "}"),
+            "JSON object missing expected key");
+  EXPECT_EQ(construction_error(R"json({"filenames": [], "extnames": {}, "interpreters": {},)json" +
+                               stats + "}"),
+            "JSON value was of an unexpected type");
+  EXPECT_EQ(construction_error(
+                R"json({"filenames": {"C": ".c"}, "extnames": {}, "interpreters": {},)json" +
+                stats + "}"),
+            "JSON value was of an unexpected type");
+  EXPECT_EQ(construction_error(R"json({"filenames": {}, "extnames": {"C": [".c", 1]},
+                                   "interpreters": {},)json" +
+                               stats + "}"),
+            "Expected JSON value to be a string");
+  EXPECT_EQ(construction_error(R"json({"filenames": {}, "extnames": {}, "interpreters": {},)json" +
+                               stats + "}"),
+            "no error");
+}
+
+TEST(EngineConstruction, MissingFileIsAStreamFailure) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = "/nonexistent/lingomat.json";
+  EXPECT_THROW(Lingomat{opts}, std::ios_base::failure);
+}
+
+}  // namespace
+}  // namespace quillon::lingomat
