@@ -25,6 +25,7 @@ std::string StringScanner::peek(std::uint64_t count, std::int64_t offset) const 
 }
 
 std::string StringScanner::scan(const std::string& pattern) {
+  if (pos_ > text_.size()) return std::string();  // a cursor past the end matches nothing
   if (const NativePattern* native = find_native_pattern(pattern)) {
     const char* at = text_.data() + pos_;
     const std::size_t length = native->match(at, text_.data() + text_.size());
@@ -45,6 +46,7 @@ std::string StringScanner::scan(const std::string& pattern) {
 }
 
 std::uint64_t StringScanner::skip_until(const std::string& pattern) {
+  if (pos_ > text_.size()) return 0;
   if (const NativePattern* native = find_native_pattern(pattern)) {
     const char* const end = text_.data() + text_.size();
     for (const char* at = text_.data() + pos_;; ++at) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "json/json_exception.h"
 #include "temp_file.h"
 
@@ -175,6 +177,37 @@ TEST(EngineConstruction, MissingFileIsAStreamFailure) {
   Lingomat::Opts opts;
   opts.classifier.data_file = "/nonexistent/lingomat.json";
   EXPECT_THROW(Lingomat{opts}, std::ios_base::failure);
+}
+
+}  // namespace
+}  // namespace quillon::lingomat
+
+namespace quillon::lingomat {
+namespace {
+
+// Arbitrary bytes, lengths and names must never crash identification or escape as errors.
+TEST_F(EngineTest, ArbitraryInputIsAlwaysAnswered) {
+  Lingomat::Opts opts;
+  opts.classifier.min_tokens = 1;
+  opts.tokenizer.max_bytes = 0;
+  opts.tokenizer.max_tokens = 0;
+  const Lingomat engine = make(opts);
+  const std::string interesting =
+      "#!/\\\"'<>=-+*%&|.@_;{}()[]0x1e \t\r\n\x80\xFF" + std::string(1, '\0');
+  std::mt19937 random(7);
+  for (int round = 0; round < 3000; ++round) {
+    std::string text;
+    const int length = static_cast<int>(random() % 300);
+    for (int i = 0; i < length; ++i) {
+      text += random() % 2 ? interesting[random() % interesting.size()]
+                           : static_cast<char>(random() % 256);
+    }
+    const std::string name = round % 3 == 0 ? text.substr(0, 12) : "f.h";
+    const std::string answer = engine.identify(name, text);
+    EXPECT_TRUE(answer.empty() || answer == "C" || answer == "Cpp" || answer == "Python" ||
+                answer == "Ruby" || answer == "Make")
+        << answer;
+  }
 }
 
 }  // namespace

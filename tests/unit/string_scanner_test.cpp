@@ -82,6 +82,11 @@ TEST(StringScanner, CursorPastTheEndIsNotEos) {
   StringScanner scanner(text);
   scanner.set_pos(3);
   EXPECT_FALSE(scanner.eos());
+  // Past the end nothing matches, rather than reading beyond the text.
+  EXPECT_EQ(scanner.scan("\\S+"), "");
+  EXPECT_EQ(scanner.skip_until("\n|$"), 0u);
+  EXPECT_EQ(scanner.skip_until("a|b"), 0u);
+  EXPECT_EQ(scanner.pos(), 3u);
 }
 
 TEST(StringScanner, MalformedPatternThrowsAndLeavesTheCursor) {
