@@ -1,0 +1,110 @@
+// Command-line options: conventions, validation and their effect on answers.
+#include "cli_harness.h"
+
+namespace lingomat_cli_test {
+namespace {
+
+using OptionsTest = CliTest;
+
+TEST_F(OptionsTest, HelpGoesToStandardOutputWithTheDefaults) {
+  for (const char* flag : {"--help", "-h"}) {
+    const CliRun result = run({flag});
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out.rfind("Usage: lingomat", 0), 0u) << result.out;
+    for (const char* shown : {"(default 10240)", "(default 500)", "(default 40)", "(default -8)",
+                              "--only LANG", "--summary", "--explain"}) {
+      EXPECT_NE(result.out.find(shown), std::string::npos) << shown;
+    }
+  }
+}
+
+TEST_F(OptionsTest, VersionComesFromTheProject) {
+  const CliRun result = run({"--version"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.out, std::string("lingomat ") + LINGOMAT_VERSION + "\n");
+  EXPECT_EQ(result.err, "");
+}
+
+struct BadArguments {
+  std::vector<std::string> args;
+  std::string mentioned;  // the stderr message must name this
+};
+
+TEST_F(OptionsTest, InvalidArgumentsAreUsageErrors) {
+  const std::string file = write_file("x.al", "hi\n");
+  const std::vector<BadArguments> cases = {
+      {{"--max-bytes", "abc", file}, "--max-bytes"},
+      {{"--max-bytes", "-1", file}, "--max-bytes"},
+      {{"--max-bytes", "", file}, "--max-bytes"},
+      {{"--max-tokens", "18446744073709551616", file}, "--max-tokens"},
+      {{"--min-tokens", "1.5", file}, "--min-tokens"},
+      {{"--min-tokens", " 4", file}, "--min-tokens"},
+      {{"--min-score", "nan", file}, "--min-score"},
+      {{"--min-score", "-inf", file}, "--min-score"},
+      {{"--min-score", "1e999", file}, "--min-score"},
+      {{"--min-score", "-8x", file}, "--min-score"},
+      {{"-j", "0", file}, "--jobs"},
+      {{"--jobs=100000", file}, "--jobs"},
+      {{"-jx", file}, "--jobs"},
+      {{"--only", "", file}, "--only"},
+      {{"--frobnicate", file}, "--frobnicate"},
+      {{"--json=yes", file}, "--json"},
+      {{file, "--data"}, "--data"},
+      {{}, "PATH"},
+      {{"-", "-"}, "'-'"},
+      {{"--name", "x.al", file}, "--name"},
+      {{"--explain", "--summary", file}, "--summary"},
+  };
+  for (const BadArguments& bad : cases) {
+    const CliRun result = run_with_data(bad.args);
+    std::string shown;
+    for (const std::string& arg : bad.args) shown += "[" + arg + "] ";
+    EXPECT_EQ(result.exit_code, 2) << shown;
+    EXPECT_EQ(result.out, "") << shown;
+    EXPECT_EQ(result.err.rfind("lingomat: ", 0), 0u) << shown << result.err;
+    EXPECT_NE(result.err.find(bad.mentioned), std::string::npos) << shown << result.err;
+  }
+}
+
+TEST_F(OptionsTest, ValueFormsAreEquivalent) {
+  const std::string file = write_file("x.al", words("beta", 50));
+  const std::string expected = file + "\tAlpha\n";  // too few tokens: first candidate
+  EXPECT_EQ(run_with_data({"--min-tokens", "51", file}).out, expected);
+  EXPECT_EQ(run_with_data({"--min-tokens=51", file}).out, expected);
+  EXPECT_EQ(run_with_data({"-j2", "--min-tokens=51", file}).out, expected);
+  // A negative value directly after its option is a value, not an option.
+  EXPECT_EQ(run_with_data({"--min-score", "-0.1", file}).out, expected);
+  // "--" ends the options, so a file may be called like one.
+  const std::string odd = write_file("--json", words("beta", 50));
+  const CliRun after_dashes = run_with_data({"--", odd});
+  EXPECT_EQ(after_dashes.exit_code, 0) << after_dashes.err;
+  EXPECT_EQ(after_dashes.out, odd + "\tBeta\n");
+}
+
+TEST_F(OptionsTest, EngineLimitsChangeTheAnswer) {
+  const std::string file = write_file("x.al", words("beta", 50));
+  EXPECT_EQ(run_with_data({file}).out, file + "\tBeta\n");
+  // Each limit silences the classifier, so the first name candidate (Alpha) wins.
+  EXPECT_EQ(run_with_data({"--max-tokens", "10", file}).out, file + "\tAlpha\n");
+  EXPECT_EQ(run_with_data({"--max-bytes", "20", file}).out, file + "\tAlpha\n");
+  EXPECT_EQ(run_with_data({"--min-tokens", "60", file}).out, file + "\tAlpha\n");
+  EXPECT_EQ(run_with_data({"--min-score", "-0.1", file}).out, file + "\tAlpha\n");
+  // And lifting them brings the classifier back.
+  EXPECT_EQ(run_with_data({"--max-tokens", "0", "--max-bytes", "0", "--min-score", "0", file}).out,
+            file + "\tBeta\n");
+}
+
+TEST_F(OptionsTest, OnlyRestrictsTheAnswers) {
+  const std::string by_name = write_file("Alphafile", "hi\n");
+  const std::string classified = write_file("y.txt", words("alpha", 50));
+  // Alpha is not allowed: its name candidate is dropped, and the classifier may pick Beta only.
+  const CliRun only_beta = run_with_data({"--only", "Beta", by_name, classified});
+  EXPECT_EQ(only_beta.exit_code, 0);
+  EXPECT_EQ(only_beta.out, by_name + "\t\n" + classified + "\tBeta\n");
+  const CliRun both = run_with_data({"--only", "Beta", "--only=Alpha", by_name, classified});
+  EXPECT_EQ(both.out, by_name + "\tAlpha\n" + classified + "\tAlpha\n");
+}
+
+}  // namespace
+}  // namespace lingomat_cli_test

@@ -1,0 +1,212 @@
+#include "cli_options.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <map>
+
+#include "number_parsing.h"
+
+namespace quillon::lingomat::cli {
+
+namespace {
+
+ParsedCommandLine usage_error(std::string reason) {
+  ParsedCommandLine parsed;
+  parsed.action = CommandAction::kUsageError;
+  parsed.error = std::move(reason);
+  return parsed;
+}
+
+// Applies the value of one option; returns an error text, empty on success.
+using ValueSetter = std::function<std::string(CliOptions&, const std::string&)>;
+
+std::string invalid_value(const std::string& option, const std::string& value,
+                          const char* expected) {
+  return "invalid value '" + value + "' for " + option + ": expected " + expected;
+}
+
+ValueSetter unsigned_setter(const std::string& option, std::uint64_t CliOptions::*field) {
+  return [option, field](CliOptions& options, const std::string& value) -> std::string {
+    const auto number = parse_unsigned(value);
+    if (!number) return invalid_value(option, value, "a non-negative integer");
+    options.*field = *number;
+    return {};
+  };
+}
+
+const std::map<std::string, ValueSetter>& value_options() {
+  static const std::map<std::string, ValueSetter> setters = {
+      {"--data",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--data needs a file name";
+         options.data_file = value;
+         return {};
+       }},
+      {"--name",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--name needs a file name";
+         options.stdin_name = value;
+         return {};
+       }},
+      {"--only",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--only needs a language name";
+         options.only.push_back(value);
+         return {};
+       }},
+      {"--max-bytes", unsigned_setter("--max-bytes", &CliOptions::max_bytes)},
+      {"--max-tokens", unsigned_setter("--max-tokens", &CliOptions::max_tokens)},
+      {"--min-tokens", unsigned_setter("--min-tokens", &CliOptions::min_tokens)},
+      {"--min-score",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         const auto number = parse_finite_double(value);
+         if (!number) return invalid_value("--min-score", value, "a finite number");
+         options.min_score = *number;
+         return {};
+       }},
+      {"--jobs",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         const auto number = parse_unsigned(value);
+         if (!number || *number < 1 || *number > kMaxJobs) {
+           return invalid_value("--jobs", value,
+                                ("an integer from 1 to " + std::to_string(kMaxJobs)).c_str());
+         }
+         options.jobs = static_cast<unsigned>(*number);
+         return {};
+       }},
+  };
+  return setters;
+}
+
+const std::map<std::string, bool CliOptions::*>& flag_options() {
+  static const std::map<std::string, bool CliOptions::*> flags = {
+      {"--json", &CliOptions::json},
+      {"--explain", &CliOptions::explain},
+      {"--summary", &CliOptions::summary},
+  };
+  return flags;
+}
+
+// Rules that involve more than one option.
+std::string check_combination(const CliOptions& options) {
+  if (options.paths.empty()) return "no PATH given (use '-' for standard input)";
+  const auto stdin_count = std::count(options.paths.begin(), options.paths.end(), "-");
+  if (stdin_count > 1) return "standard input ('-') can be given only once";
+  if (!options.stdin_name.empty() && stdin_count == 0) {
+    return "--name applies to standard input, but '-' is not among the paths";
+  }
+  if (options.explain && options.summary) return "--explain and --summary cannot be combined";
+  return {};
+}
+
+}  // namespace
+
+ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
+  ParsedCommandLine parsed;
+  CliOptions& options = parsed.options;
+  bool options_ended = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (options_ended || arg == "-" || arg.empty() || arg[0] != '-') {
+      options.paths.push_back(arg);
+      continue;
+    }
+    if (arg == "--") {
+      options_ended = true;
+      continue;
+    }
+    if (arg == "-h" || arg == "--help") {
+      parsed.action = CommandAction::kHelp;
+      return parsed;
+    }
+    if (arg == "--version") {
+      parsed.action = CommandAction::kVersion;
+      return parsed;
+    }
+    if (const auto flag = flag_options().find(arg); flag != flag_options().end()) {
+      options.*(flag->second) = true;
+      continue;
+    }
+
+    // Value options: "--opt VALUE", "--opt=VALUE", "-j N", "-jN".
+    std::string name = arg;
+    std::string value;
+    bool value_attached = false;
+    if (arg.rfind("--", 0) == 0) {
+      const auto equals = arg.find('=');
+      if (equals != std::string::npos) {
+        name = arg.substr(0, equals);
+        value = arg.substr(equals + 1);
+        value_attached = true;
+      }
+    } else if (arg.rfind("-j", 0) == 0) {
+      name = "--jobs";
+      if (arg.size() > 2) {
+        value = arg.substr(2);
+        value_attached = true;
+      }
+    }
+    const auto setter = value_options().find(name);
+    if (setter == value_options().end()) {
+      if (flag_options().count(name) != 0) return usage_error(name + " takes no value");
+      return usage_error("unknown option '" + arg + "'");
+    }
+    if (!value_attached) {
+      // The next argument is the value even when it starts with '-' (--min-score -6).
+      if (i + 1 >= argc) return usage_error(name + " needs a value");
+      value = argv[++i];
+    }
+    if (std::string error = setter->second(options, value); !error.empty()) {
+      return usage_error(std::move(error));
+    }
+  }
+  if (std::string error = check_combination(options); !error.empty()) {
+    return usage_error(std::move(error));
+  }
+  return parsed;
+}
+
+std::string help_text() {
+  char defaults[512];
+  std::snprintf(defaults, sizeof defaults,
+                "      --max-bytes N    tokens start only in the first N bytes; 0: no limit "
+                "(default %llu)\n"
+                "      --max-tokens N   stop tokenizing at N tokens; 0: no limit (default %llu)\n"
+                "      --min-tokens N   fewer tokens give no classifier answer; 0: no minimum "
+                "(default %llu)\n"
+                "      --min-score X    drop classifier answers scoring below X per token; "
+                "0: off (default %g)\n",
+                static_cast<unsigned long long>(kDefaultMaxBytes),
+                static_cast<unsigned long long>(kDefaultMaxTokens),
+                static_cast<unsigned long long>(kDefaultMinTokens), kDefaultMinScore);
+  return std::string(
+             "Usage: lingomat [OPTION]... PATH...\n"
+             "Name the programming or markup language of each file.\n"
+             "\n"
+             "Prints one line per file: the path, a tab, and the language (nothing after the\n"
+             "tab when no language was found). Directories are walked recursively, skipping\n"
+             "version-control folders and files that look binary. '-' reads standard input.\n"
+             "\n"
+             "Output:\n"
+             "      --json           one JSON object per line (language null when unknown)\n"
+             "      --explain        show why each file got its language\n"
+             "      --summary        a per-language table (files, bytes, share of bytes)\n"
+             "                       instead of one line per file\n"
+             "\n"
+             "Identification:\n"
+             "      --data FILE      the data file (default: the one shipped with lingomat)\n"
+             "      --name NAME      file name to use for standard input\n"
+             "      --only LANG      allow only this language; repeat to allow several\n") +
+         defaults +
+         "\n"
+         "Other:\n"
+         "  -j, --jobs N         worker threads (default: one per core)\n"
+         "  -h, --help           show this help and exit\n"
+         "      --version        show the version and exit\n"
+         "\n"
+         "Exit status: 0 if every file was read, 1 if some could not be read,\n"
+         "2 for a usage error or a data file that cannot be loaded.\n";
+}
+
+}  // namespace quillon::lingomat::cli

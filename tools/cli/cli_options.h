@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quillon::lingomat::cli {
+
+// The engine defaults the tool starts from. Kept together so the floors can be
+// retuned in one place; --help prints them.
+inline constexpr std::uint64_t kDefaultMaxBytes = 10240;
+inline constexpr std::uint64_t kDefaultMaxTokens = 500;
+inline constexpr std::uint64_t kDefaultMinTokens = 40;
+inline constexpr double kDefaultMinScore = -8.0;
+
+// More workers than this buys nothing and usually means a typo.
+inline constexpr unsigned kMaxJobs = 1024;
+
+struct CliOptions {
+  std::vector<std::string> paths;  // "-" is standard input
+  std::string data_file;           // empty: the shipped data file
+  std::string stdin_name;          // --name: file name for standard input
+  std::uint64_t max_bytes = kDefaultMaxBytes;
+  std::uint64_t max_tokens = kDefaultMaxTokens;
+  std::uint64_t min_tokens = kDefaultMinTokens;
+  double min_score = kDefaultMinScore;
+  std::vector<std::string> only;  // allowed languages; empty: all
+  bool json = false;
+  bool explain = false;
+  bool summary = false;
+  unsigned jobs = 0;  // 0: one worker per core
+};
+
+enum class CommandAction { kRun, kHelp, kVersion, kUsageError };
+
+struct ParsedCommandLine {
+  CommandAction action = CommandAction::kRun;
+  CliOptions options;
+  std::string error;  // the reason, when action is kUsageError
+};
+
+ParsedCommandLine parse_command_line(int argc, const char* const* argv);
+
+// The complete --help text.
+std::string help_text();
+
+}  // namespace quillon::lingomat::cli

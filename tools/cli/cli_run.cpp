@@ -1,0 +1,102 @@
+#include "cli_run.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include <unistd.h>
+
+#include "data_file_locator.h"
+#include "engine_loader.h"
+#include "identify_runner.h"
+#include "input_collector.h"
+#include "language_summary.h"
+#include "progress_line.h"
+#include "result_output.h"
+
+namespace quillon::lingomat::cli {
+
+namespace {
+
+std::string chosen_data_file(const CliOptions& options) {
+  if (!options.data_file.empty()) return options.data_file;
+  return find_default_data_file();
+}
+
+std::string no_data_file_message() {
+  std::string message = "lingomat: File I/O: no data file found (looked for";
+  const char* separator = " ";
+  for (const std::string& candidate : default_data_file_candidates()) {
+    message += separator + candidate;
+    separator = ", ";
+  }
+  return message + "); name one with --data FILE\n";
+}
+
+unsigned worker_count(const CliOptions& options) {
+  if (options.jobs != 0) return options.jobs;
+  const unsigned cores = std::thread::hardware_concurrency();
+  return cores == 0 ? 1 : cores;
+}
+
+void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+}  // namespace
+
+int run_identification(const CliOptions& options) {
+  const std::string data_file = chosen_data_file(options);
+  if (data_file.empty()) {
+    std::fputs(no_data_file_message().c_str(), stderr);
+    return kExitUsageOrData;
+  }
+  const LoadedEngine loaded = load_engine(options, data_file);
+  if (!loaded.engine) {
+    std::fprintf(stderr, "lingomat: %s\n", loaded.error.c_str());
+    return kExitUsageOrData;
+  }
+
+  const std::vector<InputItem> items = collect_inputs(options.paths, options.stdin_name);
+  ProgressLine progress(stderr, items.size());
+  // Only a terminal on standard output shares the line the progress is drawn on.
+  const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;
+  LanguageSummary summary;
+  bool some_failed = false;
+
+  RunSettings settings;
+  settings.jobs = worker_count(options);
+  settings.explain = options.explain;
+  identify_all(
+      *loaded.engine, items, settings,
+      [&](const InputItem& item, FileResult result) {
+        switch (result.outcome) {
+          case FileOutcome::kFailed:
+            some_failed = true;
+            progress.clear();
+            std::fputs(error_line(item, result).c_str(), stderr);
+            break;
+          case FileOutcome::kSkippedBinary:
+            break;
+          case FileOutcome::kIdentified:
+            if (options.summary) {
+              summary.add(result.language, result.bytes);
+              break;
+            }
+            if (output_on_terminal) progress.clear();
+            write_out(options.json ? json_line(item, result) : text_line(item, result));
+            break;
+        }
+      },
+      [&](std::size_t done, std::size_t) { progress.update(done); });
+  progress.clear();
+
+  if (options.summary) write_out(options.json ? summary.json_lines() : summary.table());
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    std::fprintf(stderr, "lingomat: cannot write the output: %s\n", std::strerror(errno));
+    return kExitSomeFilesFailed;
+  }
+  return some_failed ? kExitSomeFilesFailed : kExitSuccess;
+}
+
+}  // namespace quillon::lingomat::cli

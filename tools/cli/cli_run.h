@@ -1,0 +1,15 @@
+#pragma once
+
+#include "cli_options.h"
+
+namespace quillon::lingomat::cli {
+
+// Exit statuses, following the usual conventions for file tools.
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitSomeFilesFailed = 1;
+inline constexpr int kExitUsageOrData = 2;
+
+// Loads the data, identifies every path and prints the results; returns the exit status.
+int run_identification(const CliOptions& options);
+
+}  // namespace quillon::lingomat::cli

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quillon::lingomat::cli {
+
+// Where the shipped data file may be, in lookup order: beside an installed or
+// relocated binary, the configured install location, then the source tree.
+std::vector<std::string> default_data_file_candidates();
+
+// The first candidate that exists, or an empty string.
+std::string find_default_data_file();
+
+}  // namespace quillon::lingomat::cli

@@ -1,0 +1,85 @@
+#include "explanation.h"
+
+#include <algorithm>
+
+namespace quillon::lingomat::cli {
+
+namespace {
+
+std::vector<std::string> allowed_candidates(const Lingomat& engine, const Evidence& evidence) {
+  std::vector<std::string> all = evidence.by_filename;
+  all.insert(all.end(), evidence.by_interpreter.begin(), evidence.by_interpreter.end());
+  all.insert(all.end(), evidence.by_extension.begin(), evidence.by_extension.end());
+  if (!engine.apply_restrictions()) return all;
+  const std::vector<std::string>& allowed = engine.opts().restrictions;  // sorted by the engine
+  std::vector<std::string> kept;
+  for (const std::string& language : all) {
+    if (std::binary_search(allowed.begin(), allowed.end(), language)) kept.push_back(language);
+  }
+  return kept;
+}
+
+// The same floor the engine applies; 0 switches it off.
+bool above_floor(double min_score_per_token, double score_per_token) {
+  return min_score_per_token == 0.0 || !(min_score_per_token > score_per_token);
+}
+
+std::vector<RankedLanguage> top_languages(const Lingomat& engine, const Ranking& ranking,
+                                          std::size_t token_count) {
+  const double floor = engine.opts().classifier.min_score_per_token;
+  std::vector<RankedLanguage> top;
+  for (const auto& [language, score] : ranking) {
+    if (top.size() == kExplainedLanguages) break;
+    // A language named by two strategies is ranked twice with the same score.
+    const bool seen = std::any_of(top.begin(), top.end(), [&](const RankedLanguage& entry) {
+      return entry.language == language;
+    });
+    if (seen) continue;
+    RankedLanguage entry;
+    entry.language = language;
+    entry.score = score;
+    entry.score_per_token = score / static_cast<double>(token_count);
+    entry.above_floor = above_floor(floor, entry.score_per_token);
+    top.push_back(std::move(entry));
+  }
+  return top;
+}
+
+}  // namespace
+
+Evidence explain_identification(const Lingomat& engine, const std::string& name,
+                                const std::string& code, const std::string& answer) {
+  Evidence evidence;
+  evidence.name = name;
+  evidence.by_filename = engine.identify_by_filename(name);
+  evidence.interpreter = engine.tokenizer().extract_shebang(code);
+  evidence.by_interpreter = engine.identify_by_shebang(code);
+  if (const auto dot = name.rfind('.'); dot != std::string::npos) {
+    evidence.extension = name.substr(dot);
+  }
+  evidence.by_extension = engine.identify_by_extension(name);
+  evidence.candidates = allowed_candidates(engine, evidence);
+
+  const std::vector<std::string> tokens = engine.tokenizer().extract_tokens(code);
+  evidence.token_count = tokens.size();
+  evidence.min_tokens = engine.opts().classifier.min_tokens;
+  evidence.min_score_per_token = engine.opts().classifier.min_score_per_token;
+  const std::vector<std::string> languages =
+      evidence.candidates.empty() ? engine.default_restrictions() : evidence.candidates;
+  evidence.ranking =
+      top_languages(engine, engine.classifier().classify(tokens, languages), tokens.size());
+
+  const auto first_kept =
+      std::find_if(evidence.ranking.begin(), evidence.ranking.end(),
+                   [](const RankedLanguage& entry) { return entry.above_floor; });
+  if (answer.empty()) {
+    evidence.decision = "none";
+  } else if (first_kept != evidence.ranking.end() && first_kept->language == answer) {
+    evidence.decision = "classifier";
+  } else {
+    evidence.decision = "first candidate";
+  }
+  return evidence;
+}
+
+}  // namespace quillon::lingomat::cli

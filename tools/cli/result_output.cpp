@@ -1,0 +1,176 @@
+#include "result_output.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "utf8_repair.h"
+
+namespace quillon::lingomat::cli {
+
+namespace {
+
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+std::string joined(const std::vector<std::string>& languages) {
+  if (languages.empty()) return "(none)";
+  std::string text;
+  for (const std::string& language : languages) {
+    if (!text.empty()) text += ", ";
+    text += language;
+  }
+  return text;
+}
+
+std::string formatted(const char* format, double value) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, format, value);
+  return buffer;
+}
+
+std::string ranking_lines(const Evidence& evidence) {
+  if (evidence.ranking.empty()) {
+    if (evidence.token_count < evidence.min_tokens) return "(none: too few tokens)\n";
+    return "(none: no candidate has token statistics)\n";
+  }
+  std::string text;
+  int rank = 0;
+  for (const RankedLanguage& entry : evidence.ranking) {
+    if (rank > 0) text += "               ";
+    text += std::to_string(++rank) + ". " + entry.language + "  score " +
+            formatted("%.2f", entry.score) + ", " + formatted("%.3f", entry.score_per_token) +
+            " per token";
+    if (!entry.above_floor) {
+      text += ", below the floor of " + formatted("%g", evidence.min_score_per_token);
+    }
+    text += '\n';
+  }
+  return text;
+}
+
+std::string explanation_block(const Evidence& evidence) {
+  std::string text;
+  text += "  filename     " + (evidence.name.empty() ? std::string("(none)") : evidence.name) +
+          ": " + joined(evidence.by_filename) + '\n';
+  text += "  interpreter  " +
+          (evidence.interpreter.empty()
+               ? std::string("(no #! line)")
+               : evidence.interpreter + ": " + joined(evidence.by_interpreter)) +
+          '\n';
+  text += "  extension    " +
+          (evidence.extension.empty() ? std::string("(none)")
+                                      : evidence.extension + ": " + joined(evidence.by_extension)) +
+          '\n';
+  text += "  candidates   " + joined(evidence.candidates) + '\n';
+  text += "  tokens       " + std::to_string(evidence.token_count) + " (the classifier needs " +
+          std::to_string(evidence.min_tokens) + ")\n";
+  text += "  ranking      " + ranking_lines(evidence);
+  text += "  decision     " + evidence.decision + '\n';
+  return text;
+}
+
+void write_string(JsonWriter& writer, const std::string& text) {
+  const std::string valid = to_valid_utf8(text);
+  writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
+}
+
+void write_string_or_null(JsonWriter& writer, const std::string& text) {
+  if (text.empty()) {
+    writer.Null();
+  } else {
+    write_string(writer, text);
+  }
+}
+
+// JSON has no NaN or infinity; degenerate scores become null.
+void write_number(JsonWriter& writer, double value) {
+  if (std::isfinite(value)) {
+    writer.Double(value);
+  } else {
+    writer.Null();
+  }
+}
+
+void write_languages(JsonWriter& writer, const std::vector<std::string>& languages) {
+  writer.StartArray();
+  for (const std::string& language : languages) write_string(writer, language);
+  writer.EndArray();
+}
+
+void write_strategy(JsonWriter& writer, const char* key, const std::string& evidence,
+                    const std::vector<std::string>& languages) {
+  writer.StartObject();
+  writer.Key(key);
+  write_string_or_null(writer, evidence);
+  writer.Key("languages");
+  write_languages(writer, languages);
+  writer.EndObject();
+}
+
+void write_evidence(JsonWriter& writer, const Evidence& evidence) {
+  writer.StartObject();
+  writer.Key("filename");
+  write_strategy(writer, "name", evidence.name, evidence.by_filename);
+  writer.Key("shebang");
+  write_strategy(writer, "interpreter", evidence.interpreter, evidence.by_interpreter);
+  writer.Key("extension");
+  write_strategy(writer, "extension", evidence.extension, evidence.by_extension);
+  writer.Key("candidates");
+  write_languages(writer, evidence.candidates);
+  writer.Key("tokens");
+  writer.Uint64(evidence.token_count);
+  writer.Key("min_tokens");
+  writer.Uint64(evidence.min_tokens);
+  writer.Key("min_score_per_token");
+  write_number(writer, evidence.min_score_per_token);
+  writer.Key("ranking");
+  writer.StartArray();
+  for (const RankedLanguage& entry : evidence.ranking) {
+    writer.StartObject();
+    writer.Key("language");
+    write_string(writer, entry.language);
+    writer.Key("score");
+    write_number(writer, entry.score);
+    writer.Key("score_per_token");
+    write_number(writer, entry.score_per_token);
+    writer.Key("above_floor");
+    writer.Bool(entry.above_floor);
+    writer.EndObject();
+  }
+  writer.EndArray();
+  writer.Key("decision");
+  write_string(writer, evidence.decision);
+  writer.EndObject();
+}
+
+}  // namespace
+
+std::string text_line(const InputItem& item, const FileResult& result) {
+  std::string text = item.path + '\t' + result.language + '\n';
+  if (result.evidence) text += explanation_block(*result.evidence);
+  return text;
+}
+
+std::string json_line(const InputItem& item, const FileResult& result) {
+  rapidjson::StringBuffer buffer;
+  JsonWriter writer(buffer);
+  writer.StartObject();
+  writer.Key("path");
+  write_string(writer, item.path);
+  writer.Key("language");
+  write_string_or_null(writer, result.language);
+  if (result.evidence) {
+    writer.Key("evidence");
+    write_evidence(writer, *result.evidence);
+  }
+  writer.EndObject();
+  return std::string(buffer.GetString(), buffer.GetSize()) + '\n';
+}
+
+std::string error_line(const InputItem& item, const FileResult& result) {
+  return "lingomat: " + item.path + ": " + result.error + '\n';
+}
+
+}  // namespace quillon::lingomat::cli

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "identify_runner.h"
+#include "input_collector.h"
+
+namespace quillon::lingomat::cli {
+
+// "path<TAB>language\n", followed by the explanation when the result has one.
+std::string text_line(const InputItem& item, const FileResult& result);
+
+// One JSON object and a newline: path, language (null for none), evidence if any.
+std::string json_line(const InputItem& item, const FileResult& result);
+
+// "lingomat: path: reason\n", for standard error.
+std::string error_line(const InputItem& item, const FileResult& result);
+
+}  // namespace quillon::lingomat::cli
