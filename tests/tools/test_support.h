@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quillon::lingomat::tools::testing {
+
+// A fresh folder under the system's temporary folder, removed with everything in it.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& relative) const { return path_ + "/" + relative; }
+
+ private:
+  std::string path_;
+};
+
+// Writes `content` to `path`, creating the folders on the way.
+void write_text(const std::string& path, const std::string& content);
+std::string read_text(const std::string& path);
+// The names in a folder, sorted.
+std::vector<std::string> list_folder(const std::string& path);
+
+struct CommandResult {
+  int status = -1;  // the exit status, or -1 when the program did not exit normally
+  std::string out;
+  std::string err;
+};
+
+// Runs `program` with `args` (no shell interpretation of the arguments).
+CommandResult run_program(const std::string& program, const std::vector<std::string>& args);
+
+}  // namespace quillon::lingomat::tools::testing

@@ -1,0 +1,160 @@
+#include "common/options.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+
+#include "common/tool_error.h"
+
+namespace quillon::lingomat::tools {
+
+OptionParser::OptionParser(std::string program, std::string summary)
+    : program_(std::move(program)), summary_(std::move(summary)) {}
+
+void OptionParser::add(Option option) { options_.push_back(std::move(option)); }
+
+void OptionParser::add_flag(const std::string& name, const std::string& help, bool* target) {
+  add({name, "", help, [target](const std::string&) { *target = true; }});
+}
+
+void OptionParser::add_string(const std::string& name, const std::string& metavar,
+                              const std::string& help, std::string* target) {
+  add({name, metavar, help, [target](const std::string& value) { *target = value; }});
+}
+
+void OptionParser::add_strings(const std::string& name, const std::string& metavar,
+                               const std::string& help, std::vector<std::string>* target) {
+  add({name, metavar, help, [target](const std::string& value) { target->push_back(value); }});
+}
+
+void OptionParser::add_uint(const std::string& name, const std::string& metavar,
+                            const std::string& help, std::uint64_t* target, std::uint64_t min,
+                            std::uint64_t max) {
+  add({name, metavar, help, [name, target, min, max](const std::string& value) {
+         *target = to_uint(name, value, min, max);
+       }});
+}
+
+void OptionParser::add_double(const std::string& name, const std::string& metavar,
+                              const std::string& help, double* target) {
+  add({name, metavar, help,
+       [name, target](const std::string& value) { *target = to_double(name, value); }});
+}
+
+void OptionParser::add_alias(char letter, const std::string& name) {
+  if (Option* option = find(name)) option->alias = letter;
+}
+
+void OptionParser::add_positional(const std::string& metavar, const std::string& help,
+                                  std::string* target) {
+  positionals_.push_back({metavar, help, target});
+}
+
+OptionParser::Option* OptionParser::find(const std::string& name) {
+  for (Option& option : options_) {
+    if (option.name == name) return &option;
+  }
+  return nullptr;
+}
+
+std::uint64_t OptionParser::to_uint(const std::string& option, const std::string& text,
+                                    std::uint64_t min, std::uint64_t max) {
+  const auto bad = [&](const std::string& why) {
+    return UsageError("--" + option + ": " + why + ", got '" + text + "'");
+  };
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) {
+    throw bad("expected a whole number");
+  }
+  errno = 0;
+  const unsigned long long value = std::strtoull(text.c_str(), nullptr, 10);
+  if (errno == ERANGE || value > max) {
+    throw bad("expected at most " + std::to_string(max));
+  }
+  if (value < min) throw bad("expected at least " + std::to_string(min));
+  return value;
+}
+
+double OptionParser::to_double(const std::string& option, const std::string& text) {
+  char* end = nullptr;
+  errno = 0;
+  const double value = std::strtod(text.c_str(), &end);
+  if (text.empty() || *end != '\0' || errno == ERANGE || !std::isfinite(value)) {
+    throw UsageError("--" + option + ": expected a number, got '" + text + "'");
+  }
+  return value;
+}
+
+bool OptionParser::parse(int argc, const char* const* argv) {
+  std::size_t next_positional = 0;
+  bool options_done = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (options_done || arg.size() < 2 || arg[0] != '-') {
+      if (next_positional == positionals_.size()) {
+        throw UsageError("unexpected argument '" + arg + "'");
+      }
+      *positionals_[next_positional++].target = arg;
+      continue;
+    }
+    if (arg == "--") {
+      options_done = true;
+      continue;
+    }
+    if (arg == "--help" || arg == "-h") return false;
+
+    std::string name;
+    std::string value;
+    bool has_value = false;
+    Option* option = nullptr;
+    if (arg[1] != '-') {
+      for (Option& candidate : options_) {
+        if (arg.size() == 2 && candidate.alias == arg[1]) option = &candidate;
+      }
+      if (option == nullptr) throw UsageError("unknown option '" + arg + "'");
+      name = option->name;
+    } else {
+      name = arg.substr(2);
+      const auto equals = name.find('=');
+      if (equals != std::string::npos) {
+        value = name.substr(equals + 1);
+        name.erase(equals);
+        has_value = true;
+      }
+      option = find(name);
+      if (option == nullptr) throw UsageError("unknown option '--" + name + "'");
+    }
+    if (option->metavar.empty()) {
+      if (has_value) throw UsageError("--" + name + " takes no value");
+    } else if (!has_value) {
+      if (i + 1 >= argc) throw UsageError("--" + name + " needs a value (" + option->metavar + ")");
+      value = argv[++i];
+    }
+    option->set(value);
+    given_.insert(name);
+  }
+  if (next_positional < positionals_.size()) {
+    throw UsageError("missing argument " + positionals_[next_positional].metavar);
+  }
+  return true;
+}
+
+std::string OptionParser::help() const {
+  std::string text = "Usage: " + program_ + " [options]";
+  for (const Positional& positional : positionals_) text += " " + positional.metavar;
+  text += "\n" + summary_ + "\n\n";
+  for (const Positional& positional : positionals_) {
+    text += "  " + positional.metavar + "\n      " + positional.help + "\n";
+  }
+  text += "\nOptions:\n";
+  for (const Option& option : options_) {
+    text += "  ";
+    if (option.alias != 0) text += std::string("-") + option.alias + ", ";
+    text += "--" + option.name;
+    if (!option.metavar.empty()) text += " " + option.metavar;
+    text += "\n      " + option.help + "\n";
+  }
+  text += "  -h, --help\n      Show this help and exit.\n";
+  return text;
+}
+
+}  // namespace quillon::lingomat::tools

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace quillon::lingomat::tools {
+
+// Called on the calling thread about five times a second, and once more with
+// `last` set when the run ends (also when it fails).
+using ProgressFn = std::function<void(std::size_t done, std::size_t total, bool last)>;
+
+// The number of threads to use when the user did not say: every core.
+unsigned default_thread_count();
+
+// Runs task(index, worker) for every index below `count` on `threads`
+// threads (worker is 0 to threads-1, for per-thread accumulators). Indices are
+// claimed in increasing order; once a task throws, no new index is claimed,
+// and the exception of the lowest failing index is rethrown, so which error
+// is reported does not depend on scheduling.
+void run_parallel(std::size_t count, unsigned threads,
+                  const std::function<void(std::size_t index, unsigned worker)>& task,
+                  const ProgressFn& progress = {});
+
+// A progress line "\r<label>: done/total" on standard error, or an empty
+// function when standard error is not a terminal.
+ProgressFn terminal_progress(const std::string& label);
+
+}  // namespace quillon::lingomat::tools

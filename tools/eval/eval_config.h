@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/split.h"
+#include "engine/lingomat.h"
+
+namespace quillon::lingomat::tools {
+
+// Everything one evaluation run needs, as given on the command line.
+struct EvalConfig {
+  std::string data_path;
+  std::string samples_root;
+  Tokenizer::Opts tokenizer;          // engine defaults
+  std::uint64_t min_tokens = 40;      // engine default
+  double min_score_per_token = -8.0;  // engine default; 0 switches the floor off
+  std::vector<std::string> only;      // empty: every language of the test set
+  SplitRule split;
+  unsigned threads = 1;
+  bool progress = false;
+};
+
+}  // namespace quillon::lingomat::tools

@@ -1,0 +1,118 @@
+#include "eval/evaluation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <ios>
+#include <memory>
+
+#include "common/file_io.h"
+#include "common/parallel.h"
+#include "common/samples_tree.h"
+#include "common/tool_error.h"
+#include "json/json_exception.h"
+
+namespace quillon::lingomat::tools {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct LabelledFile {
+  std::string language;
+  std::string path;
+  std::string file_name;  // the last component, as a host would pass it
+};
+
+std::unique_ptr<Lingomat> load_engine(const EvalConfig& config) {
+  // The engine reports an unreadable file as a bare stream failure; say why here.
+  std::ifstream probe(config.data_path);
+  if (!probe) {
+    throw ToolError("cannot read data file " + config.data_path + ": " + std::strerror(errno));
+  }
+  Lingomat::Opts opts;
+  opts.tokenizer = config.tokenizer;
+  opts.classifier.data_file = config.data_path;
+  opts.classifier.min_tokens = config.min_tokens;
+  opts.classifier.min_score_per_token = config.min_score_per_token;
+  try {
+    return std::make_unique<Lingomat>(opts);
+  } catch (const JsonException& error) {
+    throw ToolError("data file " + config.data_path + " is not usable: " + error.what());
+  } catch (const std::ios_base::failure& error) {
+    throw ToolError("cannot read data file " + config.data_path + ": " + error.what());
+  }
+}
+
+std::vector<LabelledFile> collect_test_set(const EvalConfig& config) {
+  const std::vector<LanguageSamples> tree = walk_samples(config.samples_root);
+  for (const std::string& name : config.only) {
+    const bool found = std::any_of(tree.begin(), tree.end(),
+                                   [&](const LanguageSamples& l) { return l.language == name; });
+    if (!found) {
+      throw ToolError("--only " + name + ": samples folder " + config.samples_root +
+                      " has no folder of that name");
+    }
+  }
+  std::vector<LabelledFile> files;
+  for (const LanguageSamples& language : tree) {
+    if (!config.only.empty() &&
+        std::find(config.only.begin(), config.only.end(), language.language) == config.only.end()) {
+      continue;
+    }
+    for (const SampleFile& file : select_split(language, config.split)) {
+      const auto slash = file.relative_path.rfind('/');
+      files.push_back({language.language, file.path, file.relative_path.substr(slash + 1)});
+    }
+  }
+  if (files.empty()) {
+    throw ToolError("no test file in " + config.samples_root + " on the " + describe(config.split));
+  }
+  return files;
+}
+
+}  // namespace
+
+EvalRun run_evaluation(const EvalConfig& config) {
+  const std::unique_ptr<Lingomat> engine = load_engine(config);
+  const std::vector<LabelledFile> files = collect_test_set(config);
+
+  EvalRun run;
+  run.threads = std::max(1u, config.threads);
+  const std::vector<std::string> known = engine->classifier().languages();
+  for (const LabelledFile& file : files) {
+    if (!std::binary_search(known.begin(), known.end(), file.language) &&
+        (run.untrained_languages.empty() || run.untrained_languages.back() != file.language)) {
+      run.untrained_languages.push_back(file.language);
+    }
+  }
+
+  std::vector<Identification> content(files.size());
+  std::vector<Identification> named(files.size());
+  const auto started = Clock::now();
+  run_parallel(
+      files.size(), run.threads,
+      [&](std::size_t index, unsigned) {
+        const LabelledFile& file = files[index];
+        const std::string text = read_file(file.path, "sample");
+        const auto identify = [&](const std::string& file_name, Identification& result) {
+          const auto before = Clock::now();
+          result.answer = engine->identify(file_name, text);
+          result.seconds = std::chrono::duration<double>(Clock::now() - before).count();
+          result.expected = file.language;
+          result.bytes = text.size();
+        };
+        identify("", content[index]);
+        identify(file.file_name, named[index]);
+      },
+      config.progress ? terminal_progress("identifying") : ProgressFn());
+  run.wall_seconds = std::chrono::duration<double>(Clock::now() - started).count();
+
+  run.modes.push_back(build_mode_report("content", "content only (no file name)", content));
+  run.modes.push_back(build_mode_report("filename", "content and the file's own name", named));
+  return run;
+}
+
+}  // namespace quillon::lingomat::tools

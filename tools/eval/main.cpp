@@ -1,0 +1,72 @@
+// lingomat-eval: measures how well a data file identifies a labelled test set.
+#include <unistd.h>
+
+#include <iostream>
+
+#include "common/options.h"
+#include "common/parallel.h"
+#include "common/tool_main.h"
+#include "eval/eval_output.h"
+#include "eval/evaluation.h"
+
+namespace lt = quillon::lingomat::tools;
+
+namespace {
+
+constexpr const char* kProgram = "lingomat-eval";
+
+int evaluate(int argc, char** argv) {
+  lt::EvalConfig config;
+  std::uint64_t threads = lt::default_thread_count();
+  std::uint64_t max_confusions = 20;
+  bool json = false;
+  lt::SplitOptions split;
+
+  lt::OptionParser parser(kProgram,
+                          "Identifies every file of a labelled test set (same layout as the "
+                          "samples folder) twice,\nfrom its content only and with its own file "
+                          "name, and reports the accuracy of each mode.");
+  parser.add_positional("DATA_FILE", "The data file to evaluate.", &config.data_path);
+  parser.add_positional("SAMPLES", "The labelled test set, one folder per language.",
+                        &config.samples_root);
+  parser.add_uint("max-bytes", "N",
+                  "Engine option: tokens start in the first N bytes "
+                  "(default 10240; 0: no limit).",
+                  &config.tokenizer.max_bytes);
+  parser.add_uint("max-tokens", "N", "Engine option: at most N tokens (default 500; 0: no limit).",
+                  &config.tokenizer.max_tokens);
+  parser.add_uint("min-tokens", "N",
+                  "Engine option: fewer tokens give no classifier answer (default 40).",
+                  &config.min_tokens);
+  parser.add_double("min-score", "X",
+                    "Engine option: classifier answers scoring below X per token are dropped "
+                    "(default -8; 0: off).",
+                    &config.min_score_per_token);
+  parser.add_strings("only", "LANG", "Evaluate this language's files only; repeat for several.",
+                     &config.only);
+  split.add_to(parser);
+  parser.add_uint("threads", "N", "Identification threads (default: one per core).", &threads, 1,
+                  1024);
+  parser.add_uint("confusions", "N", "Confusions listed in the text report (default 20).",
+                  &max_confusions);
+  parser.add_flag("json", "Print the report as JSON.", &json);
+
+  if (!parser.parse(argc, argv)) {
+    std::cout << parser.help();
+    return 0;
+  }
+  config.split = split.finish();
+  config.threads = static_cast<unsigned>(threads);
+  config.progress = isatty(STDERR_FILENO) != 0;
+
+  const lt::EvalRun run = lt::run_evaluation(config);
+  std::cout << (json ? lt::format_json_report(config, run)
+                     : lt::format_text_report(config, run, max_confusions));
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return lt::run_tool(kProgram, [&] { return evaluate(argc, argv); });
+}

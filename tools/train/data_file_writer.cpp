@@ -1,0 +1,115 @@
+#include "train/data_file_writer.h"
+
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
+#include "common/tool_error.h"
+
+namespace quillon::lingomat::tools {
+
+namespace {
+
+using Writer = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
+
+constexpr std::uint64_t kMaxCount = std::numeric_limits<std::int32_t>::max();
+
+int checked_count(std::uint64_t count, const std::string& what) {
+  if (count > kMaxCount) {
+    throw ToolError(what + " is " + std::to_string(count) +
+                    ", more than the data file's limit of 2147483647; train on fewer samples "
+                    "(--max-samples) or fewer tokens per sample (--max-tokens)");
+  }
+  return static_cast<int>(count);
+}
+
+void write_string(Writer& writer, const std::string& text) {
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+void write_key(Writer& writer, const std::string& text) {
+  writer.Key(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+void write_names(Writer& writer, const char* key, const std::vector<LanguageDefinition>& languages,
+                 std::vector<std::string> LanguageDefinition::*names) {
+  writer.Key(key);
+  writer.StartObject();
+  for (const LanguageDefinition& language : languages) {
+    if ((language.*names).empty()) continue;
+    write_key(writer, language.name);
+    writer.StartArray();
+    for (const std::string& name : language.*names) write_string(writer, name);
+    writer.EndArray();
+  }
+  writer.EndObject();
+}
+
+}  // namespace
+
+std::string render_data_file(const std::vector<LanguageDefinition>& languages,
+                             const std::vector<LanguageStatistics>& statistics) {
+  if (statistics.size() != languages.size()) {
+    throw std::logic_error("render_data_file: one statistics entry per language expected");
+  }
+  rapidjson::StringBuffer buffer;
+  Writer writer(buffer);
+  writer.SetIndent(' ', 1);
+  writer.SetFormatOptions(rapidjson::kFormatSingleLineArray);
+
+  writer.StartObject();
+  write_names(writer, "filenames", languages, &LanguageDefinition::filenames);
+  write_names(writer, "extnames", languages, &LanguageDefinition::extensions);
+  write_names(writer, "interpreters", languages, &LanguageDefinition::interpreters);
+
+  std::uint64_t samples_total = 0;
+  std::uint64_t tokens_total = 0;
+  const auto trained = [&](std::size_t i) { return statistics[i].samples > 0; };
+
+  writer.Key("languages");
+  writer.StartObject();
+  for (std::size_t i = 0; i < languages.size(); ++i) {
+    if (!trained(i)) continue;
+    write_key(writer, languages[i].name);
+    writer.Int(checked_count(statistics[i].samples, "the sample count of " + languages[i].name));
+    samples_total += statistics[i].samples;
+  }
+  writer.EndObject();
+
+  writer.Key("language_tokens");
+  writer.StartObject();
+  for (std::size_t i = 0; i < languages.size(); ++i) {
+    if (!trained(i)) continue;
+    write_key(writer, languages[i].name);
+    writer.Int(checked_count(statistics[i].tokens, "the token count of " + languages[i].name));
+    tokens_total += statistics[i].tokens;
+  }
+  writer.EndObject();
+
+  writer.Key("tokens");
+  writer.StartObject();
+  for (std::size_t i = 0; i < languages.size(); ++i) {
+    if (!trained(i)) continue;
+    write_key(writer, languages[i].name);
+    writer.StartObject();
+    for (const auto& [token, count] : statistics[i].counts) {
+      write_key(writer, token);
+      writer.Int(checked_count(count, "a token count of " + languages[i].name));
+    }
+    writer.EndObject();
+  }
+  writer.EndObject();
+
+  writer.Key("tokens_total");
+  writer.Int(checked_count(tokens_total, "tokens_total"));
+  writer.Key("languages_total");
+  writer.Int(checked_count(samples_total, "languages_total"));
+  writer.EndObject();
+  buffer.Put('\n');
+  return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+}  // namespace quillon::lingomat::tools

@@ -1,0 +1,97 @@
+// lingomat-train: builds a data file from a definitions file and a samples tree.
+#include <unistd.h>
+
+#include <iostream>
+
+#include "common/options.h"
+#include "common/parallel.h"
+#include "common/tool_error.h"
+#include "common/tool_main.h"
+#include "train/trainer.h"
+
+namespace lt = quillon::lingomat::tools;
+
+namespace {
+
+constexpr const char* kProgram = "lingomat-train";
+
+int train(int argc, char** argv) {
+  lt::TrainConfig config;
+  std::uint64_t threads = lt::default_thread_count();
+  bool whole = false;
+  lt::SplitOptions split;
+
+  lt::OptionParser parser(kProgram,
+                          "Builds the engine's data file from a language definitions file and a "
+                          "samples folder\n(<samples>/<Language>/<project>/.../<file>).");
+  parser.add_positional("DEFINITIONS", "The language definitions file.", &config.definitions_path);
+  parser.add_positional("SAMPLES", "The samples folder, one folder per language.",
+                        &config.samples_root);
+  parser.add_string("output", "FILE", "Where to write the data file (required).",
+                    &config.output_path);
+  parser.add_alias('o', "output");
+  parser.add_uint("max-bytes", "N",
+                  "Tokens start only in the first N bytes of a sample, as at identification "
+                  "(default 10240; 0: no limit).",
+                  &config.tokenizer.max_bytes);
+  parser.add_uint("max-tokens", "N",
+                  "At most N tokens per sample, as at identification (default 500; 0: no limit).",
+                  &config.tokenizer.max_tokens);
+  parser.add_flag("whole", "Tokenize whole samples: --max-bytes 0 --max-tokens 0.", &whole);
+  parser.add_uint("max-samples", "N",
+                  "At most N samples per language, a fixed choice spread over the projects "
+                  "(default: all).",
+                  &config.max_samples);
+  parser.add_uint("min-count", "N",
+                  "Drop a language's tokens seen fewer than N times in it (default 1: keep all).",
+                  &config.min_count, 1);
+  parser.add_uint("max-tokens-per-language", "N",
+                  "Keep at most the N most frequent distinct tokens per language (default: all).",
+                  &config.max_tokens_per_language);
+  parser.add_strings("only", "LANG",
+                     "Build the data file for this language only; repeat for several.",
+                     &config.only);
+  split.add_to(parser);
+  parser.add_uint("threads", "N", "Tokenizing threads (default: one per core).", &threads, 1, 1024);
+
+  if (!parser.parse(argc, argv)) {
+    std::cout << parser.help();
+    return 0;
+  }
+  if (config.output_path.empty()) throw lt::UsageError("missing --output FILE");
+  if (whole) {
+    if (parser.given("max-bytes") || parser.given("max-tokens")) {
+      throw lt::UsageError("--whole cannot be combined with --max-bytes or --max-tokens");
+    }
+    config.tokenizer = {0, 0};
+  }
+  config.split = split.finish();
+  config.threads = static_cast<unsigned>(threads);
+  config.progress = isatty(STDERR_FILENO) != 0;
+
+  const lt::TrainSummary summary = lt::run_training(config);
+  std::cout << "wrote " << config.output_path << " (" << summary.output_bytes
+            << " bytes): " << summary.languages << " languages, " << summary.trained_languages
+            << " with samples\n"
+            << summary.samples << " samples, " << summary.tokens << " tokens, "
+            << summary.distinct_tokens << " distinct tokens kept";
+  if (summary.pruned_tokens > 0) std::cout << ", " << summary.pruned_tokens << " pruned";
+  std::cout << "\n";
+  if (summary.invalid_tokens > 0) {
+    std::cout << summary.invalid_tokens << " token occurrences dropped for not being UTF-8\n";
+  }
+  if (!summary.names_only.empty()) {
+    std::cout << summary.names_only.size() << " without samples (names only): ";
+    for (std::size_t i = 0; i < summary.names_only.size(); ++i) {
+      std::cout << (i == 0 ? "" : ", ") << summary.names_only[i];
+    }
+    std::cout << "\n";
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return lt::run_tool(kProgram, [&] { return train(argc, argv); });
+}

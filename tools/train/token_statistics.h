@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/parallel.h"
+#include "common/samples_tree.h"
+#include "tokenize/tokenizer.h"
+
+namespace quillon::lingomat::tools {
+
+// What the samples of one language contribute to the data file.
+struct LanguageStatistics {
+  std::uint64_t samples = 0;
+  // Token occurrences of all samples; stays the full count when rare tokens
+  // are pruned, so that the kept tokens' probabilities are not inflated.
+  std::uint64_t tokens = 0;
+  std::uint64_t invalid_tokens = 0;  // occurrences dropped for not being UTF-8
+  std::uint64_t pruned_tokens = 0;   // distinct tokens removed by pruning
+  std::map<std::string, std::uint64_t> counts;
+};
+
+// Tokenizes every sample on `threads` threads. files[i] belong to language i;
+// the result has one entry per language. Integer sums do not depend on the
+// order in which threads finish, so the result is the same on every run.
+// An unreadable sample is a ToolError naming it.
+std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<SampleFile>>& files,
+                                             const Tokenizer& tokenizer, unsigned threads,
+                                             const ProgressFn& progress = {});
+
+// Adds the tokens of one text to `statistics` as one sample.
+void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics);
+
+// Drops tokens seen fewer than `min_count` times, then keeps at most
+// `max_distinct` tokens (0: all): the most frequent, ties by token bytes.
+void prune_tokens(LanguageStatistics& statistics, std::uint64_t min_count,
+                  std::uint64_t max_distinct);
+
+}  // namespace quillon::lingomat::tools

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/split.h"
+#include "tokenize/tokenizer.h"
+
+namespace quillon::lingomat::tools {
+
+// Everything one training run needs, as given on the command line.
+struct TrainConfig {
+  std::string definitions_path;
+  std::string samples_root;
+  std::string output_path;
+  Tokenizer::Opts tokenizer;                  // defaults: what identification reads
+  std::uint64_t max_samples = 0;              // per language; 0: all
+  std::uint64_t min_count = 1;                // rarer tokens of a language are dropped
+  std::uint64_t max_tokens_per_language = 0;  // distinct tokens kept; 0: all
+  std::vector<std::string> only;              // empty: every defined language
+  SplitRule split;
+  unsigned threads = 1;
+  bool progress = false;  // a progress line on standard error
+};
+
+}  // namespace quillon::lingomat::tools

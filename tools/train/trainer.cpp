@@ -1,0 +1,45 @@
+#include "train/trainer.h"
+
+#include "common/definitions.h"
+#include "common/file_io.h"
+#include "common/samples_tree.h"
+#include "train/data_file_writer.h"
+#include "train/sample_selection.h"
+#include "train/token_statistics.h"
+
+namespace quillon::lingomat::tools {
+
+TrainSummary run_training(const TrainConfig& config) {
+  const LanguageDefinitions definitions = read_definitions_file(config.definitions_path);
+  const TrainingSet set =
+      select_training_set(definitions, walk_samples(config.samples_root), config);
+
+  const Tokenizer tokenizer(config.tokenizer);
+  std::vector<LanguageStatistics> statistics =
+      count_tokens(set.files, tokenizer, config.threads,
+                   config.progress ? terminal_progress("tokenizing") : ProgressFn());
+
+  TrainSummary summary;
+  summary.languages = set.languages.size();
+  for (std::size_t i = 0; i < statistics.size(); ++i) {
+    LanguageStatistics& language = statistics[i];
+    prune_tokens(language, config.min_count, config.max_tokens_per_language);
+    if (language.samples == 0) {
+      summary.names_only.push_back(set.languages[i].name);
+      continue;
+    }
+    ++summary.trained_languages;
+    summary.samples += language.samples;
+    summary.tokens += language.tokens;
+    summary.distinct_tokens += language.counts.size();
+    summary.pruned_tokens += language.pruned_tokens;
+    summary.invalid_tokens += language.invalid_tokens;
+  }
+
+  const std::string json = render_data_file(set.languages, statistics);
+  write_file_atomically(config.output_path, json);
+  summary.output_bytes = json.size();
+  return summary;
+}
+
+}  // namespace quillon::lingomat::tools
