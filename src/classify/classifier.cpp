@@ -24,9 +24,9 @@ std::uint64_t read_count(const JsonValue& value) {
   return widen(value.GetInt());
 }
 
-std::map<std::string, std::uint64_t> read_token_counts(const JsonValue& value) {
+std::map<std::string, std::uint64_t, std::less<>> read_token_counts(const JsonValue& value) {
   if (!value.IsObject()) throw JsonException(kUnexpectedType);
-  std::map<std::string, std::uint64_t> counts;
+  std::map<std::string, std::uint64_t, std::less<>> counts;
   for (const auto& member : value.GetObject()) {
     std::uint64_t& count = counts[json_string(member.name)];
     count = read_count(member.value);

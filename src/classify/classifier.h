@@ -24,7 +24,7 @@ class Classifier {
   struct ClassifierLang {
     std::uint64_t tokens = 0;
     std::uint64_t samples = 0;
-    std::map<std::string, std::uint64_t> token_counts;
+    std::map<std::string, std::uint64_t, std::less<>> token_counts;  // looked up by view too
   };
 
   explicit Classifier(const Opts& opts);

@@ -135,6 +135,21 @@ TEST(ClassifierScores, MatchHandComputedValues) {
   EXPECT_NEAR(ranking[1].second, std::log(1.0 / 108.0), 1e-12);
 }
 
+TEST(ClassifierScores, RepeatedTokensAddUpInTextOrderExactly) {
+  const Classifier classifier = load(kTwoLanguages);
+  const std::vector<std::string> tokens{"x", "z", "y", "x", "x", "z", "y", "x"};
+  double expected = 0.0;
+  for (const std::string& token : tokens) {
+    expected += token == "x"   ? std::log(3.0 / 4.0)
+                : token == "y" ? std::log(1.0 / 4.0)
+                               : std::log(1.0 / 6.0);
+  }
+  EXPECT_EQ(classifier.tokens_probability(tokens, "A"), expected);
+  const Ranking ranking = classifier.classify(tokens, {"A"});
+  ASSERT_EQ(ranking.size(), 1u);
+  EXPECT_EQ(ranking[0].second, expected + std::log(2.0 / 3.0));
+}
+
 TEST(ClassifierScores, EmptyTokenListScoresThePriorOnly) {
   const Classifier classifier = load(kTwoLanguages);
   EXPECT_EQ(classifier.tokens_probability({}, "A"), 0.0);
