@@ -110,8 +110,15 @@ CliRun CliTest::run_program(const std::string& program, const std::vector<std::s
 }
 
 CliRun CliTest::run_with_data(std::vector<std::string> args, const std::string& stdin_text) const {
-  args.insert(args.begin(), {"--data", data_file_});
+  // The library's floors, so that short or poorly fitting texts get no classifier answer;
+  // options given later override them.
+  args.insert(args.begin(), {"--data", data_file_, "--min-tokens", "40", "--min-score", "-8"});
   return run(args, stdin_text);
+}
+
+CliRun CliTest::run_with_tool_defaults(std::vector<std::string> args) const {
+  args.insert(args.begin(), {"--data", data_file_});
+  return run(args, "");
 }
 
 std::string CliTest::words(const std::string& word, int count) {

@@ -34,8 +34,10 @@ class CliTest : public ::testing::Test {
   // The same for a copy of the tool elsewhere.
   CliRun run_program(const std::string& program, const std::vector<std::string>& args,
                      const std::string& stdin_text = "") const;
-  // The same with "--data <tiny data file>" in front.
+  // The same with "--data <tiny data file>" and the library's classifier floors in front.
   CliRun run_with_data(std::vector<std::string> args, const std::string& stdin_text = "") const;
+  // With the test data file and the tool's own defaults.
+  CliRun run_with_tool_defaults(std::vector<std::string> args) const;
 
   // `count` repetitions of "word ", enough tokens for the classifier when count >= 40.
   static std::string words(const std::string& word, int count);
