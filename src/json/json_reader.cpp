@@ -6,6 +6,36 @@
 #include <rapidjson/error/en.h>
 
 namespace quillon::lingomat {
+namespace {
+
+// The ordinary parser recurses once per nesting level, so a hostile file of a million
+// brackets would exhaust the stack. Real data files nest a few levels; only deeper ones
+// take the iterative parser, which accepts and rejects the same documents.
+constexpr std::size_t kRecursionSafeDepth = 1000;
+
+bool nests_deeper_than(const std::string& text, std::size_t limit) {
+  std::size_t depth = 0;
+  bool in_string = false;
+  for (std::size_t i = 0; i < text.size() && text[i] != '\0'; ++i) {
+    const char c = text[i];
+    if (in_string) {
+      if (c == '\\') {
+        ++i;
+      } else if (c == '"') {
+        in_string = false;
+      }
+    } else if (c == '"') {
+      in_string = true;
+    } else if (c == '[' || c == '{') {
+      if (++depth > limit) return true;
+    } else if ((c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return false;
+}
+
+}  // namespace
 
 JsonDocument parse_json_file(const std::string& path) {
   std::ifstream stream(path, std::ios::in);
@@ -15,7 +45,11 @@ JsonDocument parse_json_file(const std::string& path) {
   const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 
   JsonDocument document;
-  document.Parse(text.c_str());
+  if (nests_deeper_than(text, kRecursionSafeDepth)) {
+    document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
+  } else {
+    document.Parse(text.c_str());
+  }
   if (document.HasParseError()) {
     throw JsonException(rapidjson::GetParseError_En(document.GetParseError()));
   }

@@ -37,6 +37,21 @@ TEST(ParseJsonFile, StopsAtTheFirstNulByte) {
   EXPECT_EQ(json_get<int>(document, "a"), 1);
 }
 
+TEST(ParseJsonFile, DeepNestingIsParsedOrRejectedWithoutExhaustingTheStack) {
+  const std::size_t depth = 2'000'000;
+  // The same message as for a shallow document cut short.
+  EXPECT_EQ(parse_error("[[["), "Invalid value.");
+  EXPECT_EQ(parse_error(std::string(depth, '[')), "Invalid value.");
+  EXPECT_EQ(parse_error(std::string(depth, '[') + "1 2"),
+            "Missing a comma or ']' after an array element.");
+  TempFile nested(std::string(depth, '[') + std::string(depth, ']'));
+  const JsonDocument document = parse_json_file(nested.path());
+  EXPECT_TRUE(document.IsArray());
+  // Brackets inside strings do not count as nesting.
+  EXPECT_EQ(parse_error("{\"a\": \"" + std::string(5000, '[') + "\\\"\"} x"),
+            "The document root must not be followed by other values.");
+}
+
 TEST(ParseJsonFile, AcceptsSurroundingWhitespace) {
   TempFile file("\r\n\t {\"a\": 2} \n");
   EXPECT_EQ(json_get<int>(parse_json_file(file.path()), "a"), 2);
