@@ -100,6 +100,31 @@ void BM_Tokenize(benchmark::State& state) {
 }
 BENCHMARK(BM_Tokenize)->Unit(benchmark::kMillisecond);
 
+// Texts that once made the tokenizer rescan the rest of the buffer at every byte.
+void BM_TokenizeAdversarial(benchmark::State& state) {
+  const quillon::lingomat::Tokenizer tokenizer({});
+  std::string text;
+  switch (state.range(0)) {
+    case 0:
+      text = std::string(2 << 20, '\n');
+      break;
+    case 1:
+      for (int i = 0; i < 5000; ++i) text += "{-";
+      text += std::string(2 << 20, 'x');
+      break;
+    default:
+      text = "'";
+      for (int i = 0; i < 5000; ++i) text += "\\'";
+      text += std::string(2 << 20, ' ');
+      break;
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(tokenizer.extract_tokens(text));
+  state.SetLabel(state.range(0) == 0   ? "2 MiB of line feeds"
+                 : state.range(0) == 1 ? "5000 unclosed {- then 2 MiB"
+                                       : "5000 escaped quotes then 2 MiB");
+}
+BENCHMARK(BM_TokenizeAdversarial)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 
 int main(int argc, char** argv) {

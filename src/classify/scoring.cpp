@@ -69,9 +69,11 @@ Ranking Classifier::classify(const std::vector<std::string>& tokens,
     ranking.emplace_back(
         name, log_likelihood(index, found->second, tokens_total_) + language_probability(name));
   }
-  // A stable sort keeps ties in candidate order and stays within bounds even for NaN scores.
-  std::stable_sort(ranking.begin(), ranking.end(),
-                   [](const auto& a, const auto& b) { return a.second > b.second; });
+  // Best first. NaN scores (from zero counts in the data) go last, which keeps the comparison
+  // a strict weak ordering; a stable sort keeps ties in candidate order.
+  std::stable_sort(ranking.begin(), ranking.end(), [](const auto& a, const auto& b) {
+    return a.second > b.second || (std::isnan(b.second) && !std::isnan(a.second));
+  });
   if (max_results_ != 0 && max_results_ < ranking.size()) ranking.resize(max_results_);
   return ranking;
 }

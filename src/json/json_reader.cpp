@@ -9,9 +9,10 @@ namespace quillon::lingomat {
 namespace {
 
 // The ordinary parser recurses once per nesting level, so a hostile file of a million
-// brackets would exhaust the stack. Real data files nest a few levels; only deeper ones
-// take the iterative parser, which accepts and rejects the same documents.
-constexpr std::size_t kRecursionSafeDepth = 1000;
+// brackets would exhaust the stack, even a small host thread's at a few hundred. Real data
+// files nest three levels; only deeper ones take the iterative parser, which accepts and
+// rejects the same documents.
+constexpr std::size_t kRecursionSafeDepth = 32;
 
 bool nests_deeper_than(const std::string& text, std::size_t limit) {
   std::size_t depth = 0;

@@ -26,13 +26,7 @@ std::string StringScanner::peek(std::uint64_t count, std::int64_t offset) const 
 
 std::string StringScanner::scan(const std::string& pattern) {
   if (pos_ > text_.size()) return std::string();  // a cursor past the end matches nothing
-  if (const NativePattern* native = find_native_pattern(pattern)) {
-    const char* at = text_.data() + pos_;
-    const std::size_t length = native->match(at, text_.data() + text_.size());
-    if (length == NativePattern::kNoMatch || length == 0) return std::string();
-    pos_ += length;
-    return std::string(at, length);
-  }
+  if (const NativePattern* native = find_native_pattern(pattern)) return scan_native(*native);
   const std::regex& expression = detail_->get(pattern);
   const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
   std::smatch match;
@@ -47,18 +41,7 @@ std::string StringScanner::scan(const std::string& pattern) {
 
 std::uint64_t StringScanner::skip_until(const std::string& pattern) {
   if (pos_ > text_.size()) return 0;
-  if (const NativePattern* native = find_native_pattern(pattern)) {
-    const char* const end = text_.data() + text_.size();
-    for (const char* at = text_.data() + pos_;; ++at) {
-      const std::size_t length = native->match(at, end);
-      if (length != NativePattern::kNoMatch) {
-        const std::uint64_t old_pos = pos_;
-        pos_ = static_cast<std::uint64_t>(at - text_.data()) + length;
-        return pos_ - old_pos;
-      }
-      if (at == end) return 0;
-    }
-  }
+  if (const NativePattern* native = find_native_pattern(pattern)) return skip_until_native(*native);
   const std::regex& expression = detail_->get(pattern);
   const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
   std::smatch match;
@@ -66,6 +49,49 @@ std::uint64_t StringScanner::skip_until(const std::string& pattern) {
   const std::uint64_t old_pos = pos_;
   pos_ = static_cast<std::uint64_t>(match[0].second - text_.begin());
   return pos_ - old_pos;
+}
+
+StringScanner::KnownFailure& StringScanner::known_failure(const NativePattern* pattern) {
+  for (KnownFailure& failure : known_failures_) {
+    if (failure.pattern == pattern) return failure;
+  }
+  known_failures_.push_back(KnownFailure{pattern});
+  return known_failures_.back();
+}
+
+std::string StringScanner::scan_native(const NativePattern& pattern) {
+  KnownFailure& failure = known_failure(&pattern);
+  if (pos_ >= failure.scan_from && pos_ <= failure.scan_through) return std::string();
+  const char* at = text_.data() + pos_;
+  const char* end = text_.data() + text_.size();
+  const std::size_t length = pattern.match(at, end);
+  if (length == NativePattern::kNoMatch || length == 0) {
+    if (length == NativePattern::kNoMatch && pattern.fails_through != nullptr) {
+      failure.scan_from = pos_;
+      failure.scan_through =
+          static_cast<std::uint64_t>(pattern.fails_through(at, end) - text_.data());
+    }
+    return std::string();
+  }
+  pos_ += length;
+  return std::string(at, length);
+}
+
+std::uint64_t StringScanner::skip_until_native(const NativePattern& pattern) {
+  KnownFailure& failure = known_failure(&pattern);
+  if (pos_ >= failure.search_from) return 0;
+  const char* const end = text_.data() + text_.size();
+  for (const char* at = text_.data() + pos_;; ++at) {
+    const std::size_t length = pattern.match(at, end);
+    if (length != NativePattern::kNoMatch) {
+      const std::uint64_t old_pos = pos_;
+      pos_ = static_cast<std::uint64_t>(at - text_.data()) + length;
+      return pos_ - old_pos;
+    }
+    if (at == end) break;
+  }
+  failure.search_from = pos_;
+  return 0;
 }
 
 std::string StringScanner::pattern_escape(const std::string& text) {

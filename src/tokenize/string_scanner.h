@@ -5,8 +5,11 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <vector>
 
 namespace quillon::lingomat {
+
+struct NativePattern;
 
 // A cursor over one text, moved by regular expressions. Patterns are compiled
 // once per scanner and cached; the text is referenced, never copied.
@@ -37,9 +40,24 @@ class StringScanner {
   static std::string pattern_escape(const std::string& text);
 
  private:
+  // Failures of the built-in patterns already seen in this text. A search that found nothing
+  // from some position finds nothing from any later one either, so callers that retry at
+  // every byte stay linear instead of rescanning the rest of the text each time.
+  struct KnownFailure {
+    const NativePattern* pattern;
+    std::uint64_t scan_from = 1;  // empty range until a scan fails
+    std::uint64_t scan_through = 0;
+    std::uint64_t search_from = UINT64_MAX;
+  };
+  KnownFailure& known_failure(const NativePattern* pattern);
+
+  std::string scan_native(const NativePattern& pattern);
+  std::uint64_t skip_until_native(const NativePattern& pattern);
+
   std::unique_ptr<Detail> detail_;
   const std::string& text_;
   std::uint64_t pos_ = 0;
+  std::vector<KnownFailure> known_failures_;
 };
 
 }  // namespace quillon::lingomat

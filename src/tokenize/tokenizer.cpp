@@ -28,14 +28,18 @@ const std::string kOperator = R"re([-+*/%]|<<?|&&?|\|\|?)re";
 
 // Skips a string literal whose opening quote is at the cursor. A quote preceded by a
 // backslash counts as escaped (an escaped backslash before the quote is misread on purpose).
-void skip_string_literal(StringScanner& scanner, char quote) {
+// `unterminated_from` remembers where a literal of this quote ran out: every quote after it
+// is escaped, so any literal starting later runs out too, without walking them again.
+void skip_string_literal(StringScanner& scanner, char quote, std::uint64_t& unterminated_from) {
   scanner.advance();
   const std::uint64_t start = scanner.pos();
+  if (start >= unterminated_from) return;
   const std::string quote_pattern(1, quote);
   for (;;) {
     if (scanner.skip_until(quote_pattern) == 0) {
       // Unterminated: only the opening quote is lost; the rest is tokenized as code.
       scanner.set_pos(start);
+      unterminated_from = start;
       return;
     }
     if (scanner.peek(1, -2) != "\\") return;
@@ -59,6 +63,8 @@ Tokenizer::Tokenizer(const Opts& opts) : opts_(opts) {
 std::vector<std::string> Tokenizer::extract_tokens(const std::string& text) const {
   std::vector<std::string> tokens;
   StringScanner scanner(text);
+  std::uint64_t unterminated_double_quote = UINT64_MAX;
+  std::uint64_t unterminated_single_quote = UINT64_MAX;
   // The limits are checked only between steps, so the last token may end past them.
   while (!scanner.eos() && !(opts_.max_bytes != 0 && scanner.pos() >= opts_.max_bytes) &&
          !(opts_.max_tokens != 0 && tokens.size() >= opts_.max_tokens)) {
@@ -83,7 +89,8 @@ std::vector<std::string> Tokenizer::extract_tokens(const std::string& text) cons
 
     const std::string next = scanner.peek(1, 0);
     if (next == "\"" || next == "'") {
-      skip_string_literal(scanner, next[0]);
+      skip_string_literal(scanner, next[0],
+                          next[0] == '"' ? unterminated_double_quote : unterminated_single_quote);
       continue;
     }
 

@@ -150,3 +150,28 @@ TEST(TokenizerRobustness, LongSingleLineInputsDoNotCrash) {
 
 }  // namespace
 }  // namespace quillon::lingomat
+
+namespace quillon::lingomat {
+namespace {
+
+// Inputs that made earlier versions rescan the rest of the text at every byte. The answers
+// must stay those of the rules; the benchmark tracks their cost.
+TEST(TokenizerRobustness, RepeatedFailuresGiveTheSameTokens) {
+  // White space at every line start: the line-comment rule fails at each line.
+  EXPECT_EQ(tokenize(std::string(50000, '\n') + "x"), Tokens{"x"});
+  EXPECT_EQ(tokenize("\n \n  \n#x\n \t# c\ny"), (Tokens{"#x", "y"}));
+  // Unterminated block comments: each start marker is dropped and scanning goes on.
+  std::string openers;
+  for (int i = 0; i < 2000; ++i) openers += "{-";
+  EXPECT_EQ(tokenize(openers + " tail"), Tokens{"tail"});
+  EXPECT_EQ(tokenize("{- a {- b -} c"), (Tokens{"c"}));
+  // A chain of escaped quotes never closes a literal, from whichever quote it starts.
+  std::string escaped = "'";
+  for (int i = 0; i < 2000; ++i) escaped += "\\'";
+  EXPECT_EQ(tokenize(escaped + " tail"), Tokens{"tail"});
+  EXPECT_EQ(tokenize("'a\\'b 'c' d"), (Tokens{"c", "d"}));
+  EXPECT_EQ(tokenize("x '\\' y \"z"), (Tokens{"x", "y", "z"}));
+}
+
+}  // namespace
+}  // namespace quillon::lingomat
