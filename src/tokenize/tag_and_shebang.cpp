@@ -1,21 +1,11 @@
 #include "tokenize/string_scanner.h"
+#include "tokenize/token_patterns.h"
 #include "tokenize/tokenizer.h"
 
 namespace quillon::lingomat {
 namespace {
 
-const std::string kShebangMark = "#![ \t]*";
-const std::string kNonBlankRun = "\\S+";
-const std::string kBlanks = "[ \t]+";
-const std::string kEnvAssignments = "[^\r\n]*=\\S+[ \t]+";
-const std::string kTagOpener = R"re(<\/?[^\s>]+)re";
-const std::string kAttributeWithValue = R"re(\w+=)re";
-const std::string kBareWord = R"re(\w+)re";
-const std::string kTagEnd = ">";
-// One byte before the closing quote is required, so an empty quoted value is not closed by
-// its own second quote.
-const std::string kDoubleQuotedValueEnd = "[^\\\\]\"";
-const std::string kSingleQuotedValueEnd = "[^\\\\]'";
+using namespace token_patterns;
 
 std::string after_last_slash(const std::string& path) {
   const auto slash = path.rfind('/');

@@ -1,30 +1,12 @@
 #include "tokenize/tokenizer.h"
 
 #include "tokenize/string_scanner.h"
+#include "tokenize/token_patterns.h"
 
 namespace quillon::lingomat {
 namespace {
 
-struct CommentMarkers {
-  const char* start;
-  const char* end;
-};
-
-// The order fixes the order of the alternatives in the start pattern.
-constexpr CommentMarkers kBlockComments[] = {
-    {"/*", "*/"}, {"<!--", "-->"}, {"{-", "-}"}, {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"},
-};
-
-const std::string kShebangLine = "#![^\r\n]+";
-const std::string kLineComment = "\\s*(?:#|//|--|%|\") ";
-const std::string kEndOfLine = "\n|$";
-const std::string kNumber =
-    R"re((0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*))re";
-const std::string kTag = R"re(<[^\s<>][^<>]*>)re";
-const std::string kBracket = R"re([;{}()[\]])re";
-const std::string kWord = R"re([\w\.@#\/\*]+)re";
-const std::string kHighBytes = R"re([\x80-\xFF]+)re";
-const std::string kOperator = R"re([-+*/%]|<<?|&&?|\|\|?)re";
+using namespace token_patterns;
 
 // Skips a string literal whose opening quote is at the cursor. A quote preceded by a
 // backslash counts as escaped (an escaped backslash before the quote is misread on purpose).

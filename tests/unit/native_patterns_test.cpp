@@ -5,40 +5,23 @@
 #include <random>
 #include <regex>
 
+#include "tokenize/string_scanner.h"
+#include "tokenize/token_patterns.h"
+
 namespace quillon::lingomat {
 namespace {
 
-// Every pattern the tokenizer passes to the scanner.
-const char* const kTokenizerPatterns[] = {
-    "#![^\r\n]+",
-    "\\s*(?:#|//|--|%|\") ",
-    "\n|$",
-    "/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''",
-    "\\*/",
-    "-->",
-    "-\\}",
-    "\\*\\)",
-    "\"\"\"",
-    "'''",
-    "\"",
-    "'",
-    ">",
-    "(0x[0-9a-fA-F][0-9a-fA-F.]*|\\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\\d*)?[fFlL]*)",
-    "<[^\\s<>][^<>]*>",
-    "[;{}()[\\]]",
-    "[\\w\\.@#\\/\\*]+",
-    "[\\x80-\\xFF]+",
-    "[-+*/%]|<<?|&&?|\\|\\|?",
-    "#![ \t]*",
-    "\\S+",
-    "[ \t]+",
-    "[^\r\n]*=\\S+[ \t]+",
-    "<\\/?[^\\s>]+",
-    "\\w+=",
-    "\\w+",
-    "[^\\\\]\"",
-    "[^\\\\]'",
-};
+// Every pattern the tokenizer passes to the scanner, block-comment ones included.
+std::vector<std::string> tokenizer_patterns() {
+  std::vector<std::string> patterns = token_patterns::fixed_patterns();
+  std::string starts;
+  for (const auto& markers : token_patterns::kBlockComments) {
+    starts += (starts.empty() ? "" : "|") + StringScanner::pattern_escape(markers.start);
+    patterns.push_back(StringScanner::pattern_escape(markers.end));
+  }
+  patterns.push_back(starts);
+  return patterns;
+}
 
 // Bytes that matter to at least one pattern, plus a few that matter to none.
 const std::string kAlphabet = std::string("#!/\\\"'<>=-+*%&|.@_;{}()[]0x1e9aFuUlLE \t\r\n\v\f") +
@@ -54,7 +37,9 @@ std::size_t regex_match_length(const std::regex& re, const std::string& text, st
 }
 
 TEST(NativePatterns, CoverEveryTokenizerPattern) {
-  for (const char* pattern : kTokenizerPatterns) {
+  const std::vector<std::string> patterns = tokenizer_patterns();
+  EXPECT_EQ(patterns.size(), 28u);
+  for (const std::string& pattern : patterns) {
     EXPECT_NE(find_native_pattern(pattern), nullptr) << pattern;
   }
   EXPECT_EQ(find_native_pattern("a|ab"), nullptr);
@@ -64,7 +49,7 @@ TEST(NativePatterns, AgreeWithTheRegularExpressionsOnRandomTexts) {
   std::mt19937 random(20261121);
   std::uniform_int_distribution<std::size_t> pick(0, kAlphabet.size() - 1);
   std::uniform_int_distribution<int> length(0, 14);
-  for (const char* pattern : kTokenizerPatterns) {
+  for (const std::string& pattern : tokenizer_patterns()) {
     const std::regex re(pattern, std::regex_constants::optimize);
     const NativePattern* native = find_native_pattern(pattern);
     ASSERT_NE(native, nullptr);
@@ -81,7 +66,7 @@ TEST(NativePatterns, AgreeWithTheRegularExpressionsOnRandomTexts) {
 }
 
 TEST(NativePatterns, NumberSuffixesAndPrefixes) {
-  const NativePattern* number = find_native_pattern(kTokenizerPatterns[13]);
+  const NativePattern* number = find_native_pattern(token_patterns::kNumber);
   ASSERT_NE(number, nullptr);
   auto length = [&](const std::string& text) {
     return number->match(text.data(), text.data() + text.size());
@@ -95,7 +80,7 @@ TEST(NativePatterns, NumberSuffixesAndPrefixes) {
 }
 
 TEST(NativePatterns, EnvAssignmentsTakeTheLastSettingOnTheLine) {
-  const NativePattern* assignments = find_native_pattern("[^\r\n]*=\\S+[ \t]+");
+  const NativePattern* assignments = find_native_pattern(token_patterns::kEnvAssignments);
   ASSERT_NE(assignments, nullptr);
   const std::string text = "A=1 B=2 ruby x=y\nC=3 z";
   EXPECT_EQ(assignments->match(text.data(), text.data() + text.size()), 8u);
