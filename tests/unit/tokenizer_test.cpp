@@ -18,12 +18,6 @@ TEST(TokenizerBasics, EmptyAndSeparatorOnlyTextsGiveNothing) {
   EXPECT_EQ(tokenize(",:!>?$^~`\\"), Tokens{});
 }
 
-TEST(TokenizerBasics, DefaultLimitsAreThoseIdentificationUses) {
-  const Tokenizer::Opts opts;
-  EXPECT_EQ(opts.max_bytes, 10240u);
-  EXPECT_EQ(opts.max_tokens, 500u);
-}
-
 TEST(TokenizerLanguages, C) {
   EXPECT_EQ(tokenize("int a = 0x1F; /* c */ b++;"), (Tokens{"int", "a", ";", "b", "+", "+", ";"}));
   EXPECT_EQ(
