@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <ios>
 #include <new>
@@ -14,8 +15,39 @@
 #include "engine/lingomat.h"
 #include "json/json_exception.h"
 
+namespace {
+
+// One scratch file for the whole run, in $TMPDIR (default /tmp), made by mkstemp
+// so that parallel fuzzing jobs and other users cannot collide with it.
+class ScratchFile {
+ public:
+  ScratchFile() {
+    const char* dir = std::getenv("TMPDIR");
+    std::string pattern =
+        std::string(dir != nullptr && *dir != '\0' ? dir : "/tmp") + "/lingomat_fuzz_XXXXXX";
+    const int fd = mkstemp(pattern.data());
+    if (fd < 0) {
+      std::perror(pattern.c_str());
+      std::abort();
+    }
+    close(fd);
+    path_ = pattern;
+  }
+  ~ScratchFile() { unlink(path_.c_str()); }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const std::string path = "/tmp/lingomat_fuzz_" + std::to_string(getpid()) + ".json";
+  static const ScratchFile scratch;
+  const std::string& path = scratch.path();
   std::ofstream(path, std::ios::binary | std::ios::trunc)
       .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
   quillon::lingomat::Lingomat::Opts opts;

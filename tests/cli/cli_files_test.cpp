@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "cli_harness.h"
@@ -62,6 +63,26 @@ TEST_F(FilesTest, UnreadablePathsAreReportedAndTheRestContinue) {
   EXPECT_NE(result.err.find("lingomat: " + dangling + ": No such file or directory\n"),
             std::string::npos)
       << result.err;
+}
+
+// Devices and FIFOs may never end or block forever: refused without being read.
+TEST_F(FilesTest, NamedPathsThatAreNotRegularFilesAreRefused) {
+  const std::string good = write_file("good.al", "hi\n");
+  const std::string fifo = path("fifo.al");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const std::string link = path("zero.al");
+  fs::create_symlink("/dev/zero", link);
+  const CliRun result = run_with_data({"/dev/zero", "/dev/null", good, fifo, link});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, good + "\tAlpha\n");
+  for (const std::string& refused :
+       {std::string("/dev/zero"), std::string("/dev/null"), fifo, link}) {
+    EXPECT_NE(result.err.find("lingomat: " + refused + ": not a regular file\n"), std::string::npos)
+        << refused << "\n"
+        << result.err;
+  }
+  // Standard input is a stream, whatever it is connected to.
+  EXPECT_EQ(run_with_data({"--name", "Alphafile", "-"}, "").out, "-\tAlpha\n");
 }
 
 TEST_F(FilesTest, DanglingLinksInsideTreesAreNotFiles) {
@@ -127,6 +148,24 @@ TEST_F(FilesTest, OverlappingArgumentsListEachFileOnce) {
   const std::string file = write_file("tree/a.al", "hi\n");
   const CliRun result = run_with_data({path("tree"), file, path("tree")});
   EXPECT_EQ(result.out, file + "\tAlpha\n");
+  // Spellings of one path are one file, printed as first reached...
+  const CliRun walked = run_with_data({path("./tree"), path("tree/"), path("tree")});
+  EXPECT_EQ(walked.out, path("./tree/a.al") + "\tAlpha\n");
+  // ...unless named explicitly, which is printed as given.
+  const CliRun named = run_with_data({path("tree"), path("tree//a.al")});
+  EXPECT_EQ(named.out, path("tree//a.al") + "\tAlpha\n");
+}
+
+TEST_F(FilesTest, AFileNamedExplicitlyBeatsItsWalkedCopy) {
+  write_file("tree/text.al", "hi\n");
+  const std::string image = write_file("tree/image.al", std::string("PNG\0\x01\x02", 6));
+  // Walking alone skips the binary file; naming it too brings it back, in either order.
+  const CliRun after = run_with_data({path("tree"), image});
+  EXPECT_EQ(after.exit_code, 0) << after.err;
+  EXPECT_EQ(printed_paths(after.out), (std::vector<std::string>{image, path("tree/text.al")}));
+  const CliRun before = run_with_data({path("./tree/image.al"), path("tree")});
+  EXPECT_EQ(printed_paths(before.out),
+            (std::vector<std::string>{path("./tree/image.al"), path("tree/text.al")}));
 }
 
 TEST_F(FilesTest, FindsTheDataFileBesideARelocatedInstall) {
@@ -143,6 +182,39 @@ TEST_F(FilesTest, FindsTheDataFileBesideARelocatedInstall) {
   const CliRun result = run_program(binary, {file});
   EXPECT_EQ(result.exit_code, 0) << result.err;
   EXPECT_EQ(result.out, file + "\tAlpha\n");
+}
+
+// The source tree is for the binary in its build tree only: a copy elsewhere
+// neither reads it nor names it.
+TEST_F(FilesTest, OnlyTheBuildTreeBinaryLooksInTheSourceTree) {
+  if (fs::exists(LINGOMAT_INSTALLED_DATA)) GTEST_SKIP() << "a data file is installed";
+  const std::string binary = path("elsewhere/lingomat");
+  fs::create_directories(fs::path(binary).parent_path());
+  fs::copy_file(LINGOMAT_CLI_BINARY, binary);
+  const std::string file = write_file("x.al", "hi\n");
+  const CliRun copied = run_program(binary, {file});
+  EXPECT_EQ(copied.exit_code, 2);
+  EXPECT_EQ(copied.out, "");
+  EXPECT_NE(copied.err.find("no data file found"), std::string::npos) << copied.err;
+  EXPECT_EQ(copied.err.find(LINGOMAT_SOURCE_TREE_DATA), std::string::npos) << copied.err;
+
+  const CliRun built = run({file});
+  if (fs::exists(LINGOMAT_SOURCE_TREE_DATA)) {
+    EXPECT_EQ(built.exit_code, 0) << built.err;
+  } else {
+    EXPECT_NE(built.err.find(LINGOMAT_SOURCE_TREE_DATA), std::string::npos) << built.err;
+  }
+}
+
+TEST_F(FilesTest, OutputThatCannotBeWrittenIsExitStatusOne) {
+  const std::string file = write_file("x.al", "hi\n");
+  const CliRun result =
+      run_program(LINGOMAT_CLI_BINARY, {"--data", data_file_, file}, "", "/dev/full");
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_NE(result.err.find("lingomat: cannot write the output: No space left on device"),
+            std::string::npos)
+      << result.err;
+  EXPECT_NE(run({"--help"}).out.find("or the output could not be written"), std::string::npos);
 }
 
 }  // namespace

@@ -73,9 +73,9 @@ CliRun CliTest::run(const std::vector<std::string>& args, const std::string& std
 }
 
 CliRun CliTest::run_program(const std::string& program, const std::vector<std::string>& args,
-                            const std::string& stdin_text) const {
+                            const std::string& stdin_text, const std::string& stdout_path) const {
   const std::string in_file = path("io/stdin");
-  const std::string out_file = path("io/stdout");
+  const std::string out_file = stdout_path.empty() ? path("io/stdout") : stdout_path;
   const std::string err_file = path("io/stderr");
   std::ofstream(in_file, std::ios::binary) << stdin_text;
 
@@ -104,7 +104,7 @@ CliRun CliTest::run_program(const std::string& program, const std::vector<std::s
   int status = 0;
   waitpid(pid, &status, 0);
   result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  result.out = read_whole(out_file);
+  if (stdout_path.empty()) result.out = read_whole(out_file);
   result.err = read_whole(err_file);
   return result;
 }

@@ -31,9 +31,10 @@ class CliTest : public ::testing::Test {
 
   // Runs the built tool with `args`, feeding `stdin_text` on standard input.
   CliRun run(const std::vector<std::string>& args, const std::string& stdin_text = "") const;
-  // The same for a copy of the tool elsewhere.
+  // The same for a copy of the tool elsewhere; standard output goes to
+  // `stdout_path` when one is given (CliRun::out then stays empty).
   CliRun run_program(const std::string& program, const std::vector<std::string>& args,
-                     const std::string& stdin_text = "") const;
+                     const std::string& stdin_text = "", const std::string& stdout_path = "") const;
   // The same with "--data <tiny data file>" and the library's classifier floors in front.
   CliRun run_with_data(std::vector<std::string> args, const std::string& stdin_text = "") const;
   // With the test data file and the tool's own defaults.

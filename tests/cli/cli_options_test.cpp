@@ -44,6 +44,7 @@ TEST_F(OptionsTest, InvalidArgumentsAreUsageErrors) {
       {{"--min-score", "-inf", file}, "--min-score"},
       {{"--min-score", "1e999", file}, "--min-score"},
       {{"--min-score", "-8x", file}, "--min-score"},
+      {{"--min-score", " -8", file}, "--min-score"},
       {{"-j", "0", file}, "--jobs"},
       {{"--jobs=100000", file}, "--jobs"},
       {{"-jx", file}, "--jobs"},

@@ -34,6 +34,20 @@ TEST_F(OutputTest, ShebangInterpreterNamesTheLanguage) {
   EXPECT_EQ(run_with_data({script}).out, script + "\tBeta\n");
 }
 
+TEST_F(OutputTest, PlainOutputEscapesBytesThatWouldBreakItsLines) {
+  const std::string odd = write_file("tab\there\\new\nline\r.al", "hi\n");
+  const std::string escaped = path("tab\\there\\\\new\\nline\\r.al");
+  const CliRun result = run_with_data({odd});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(result.out, escaped + "\tAlpha\n");
+  // JSON keeps the exact bytes.
+  const CliRun json = run_with_data({"--json", odd});
+  EXPECT_EQ(parse_json(lines_of(json.out).at(0))["path"].GetString(), odd);
+  // Error lines stay single lines too.
+  const CliRun missing = run_with_data({path("gone\n.al")});
+  EXPECT_EQ(missing.err, "lingomat: " + path("gone\\n.al") + ": No such file or directory\n");
+}
+
 TEST_F(OutputTest, StandardInputUsesTheGivenName) {
   EXPECT_EQ(run_with_data({"--name", "Alphafile", "-"}, "hi\n").out, "-\tAlpha\n");
   // Only the last component counts, since name lookups match bare file names.
@@ -113,6 +127,25 @@ TEST_F(OutputTest, ExplanationMarksLanguagesBelowTheFloor) {
   ASSERT_EQ(ranking.Size(), 2u);
   EXPECT_TRUE(ranking[0]["above_floor"].GetBool());
   EXPECT_FALSE(ranking[1]["above_floor"].GetBool());
+}
+
+// The explanation reports what identify() did, restrictions and floor included.
+TEST_F(OutputTest, ExplanationAgreesWithTheAnswerUnderOnly) {
+  const std::string file = write_file("x.al", words("alpha", 50));
+  const CliRun result =
+      run_with_data({"--json", "--explain", "--only", "Beta", "--min-score", "-1", file});
+  ASSERT_EQ(result.exit_code, 0) << result.err;
+  const auto document = parse_json(lines_of(result.out).at(0));
+  const auto& evidence = document["evidence"];
+  ASSERT_EQ(evidence["candidates"].Size(), 1u);
+  EXPECT_STREQ(evidence["candidates"][0].GetString(), "Beta");
+  const auto& ranking = evidence["ranking"];
+  ASSERT_EQ(ranking.Size(), 1u);
+  EXPECT_STREQ(ranking[0]["language"].GetString(), "Beta");
+  // "alpha" is unseen in Beta: about -5.3 per token, below the floor of -1.
+  EXPECT_FALSE(ranking[0]["above_floor"].GetBool());
+  EXPECT_STREQ(document["language"].GetString(), "Beta");
+  EXPECT_STREQ(evidence["decision"].GetString(), "first candidate");
 }
 
 TEST_F(OutputTest, TextExplanationFollowsEachLine) {

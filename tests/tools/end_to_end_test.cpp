@@ -281,6 +281,15 @@ TEST_F(EndToEndTest, EvalRejectsUnusableDataFiles) {
       contains(missing.err, "cannot read data file " + output() + ": No such file or directory"))
       << missing.err;
 
+  const CommandResult directory = run_program(LINGOMAT_EVAL_BINARY, {dir_.path(), samples()});
+  EXPECT_EQ(directory.status, 1);
+  EXPECT_TRUE(contains(directory.err, "cannot read data file " + dir_.path() + ": Is a directory"))
+      << directory.err;
+  const CommandResult device = run_program(LINGOMAT_EVAL_BINARY, {"/dev/zero", samples()});
+  EXPECT_EQ(device.status, 1);
+  EXPECT_TRUE(contains(device.err, "cannot read data file /dev/zero: not a regular file"))
+      << device.err;
+
   write_text(output(), "{\"filenames\": {}, ");
   const CommandResult malformed = evaluate({});
   EXPECT_EQ(malformed.status, 1);

@@ -83,6 +83,7 @@ TEST(OptionParserTest, RejectsBadCommandLines) {
       {{"in", "--count", "99999999999999999999999"}, "--count: expected at most 100"},
       {{"in", "--score", "1.5x"}, "--score: expected a number"},
       {{"in", "--score", "nan"}, "--score: expected a number"},
+      {{"in", "--score", " -1"}, "--score: expected a number"},
       {{"in", "--flag=yes"}, "--flag takes no value"},
       {{}, "missing argument INPUT"},
       {{"in", "extra"}, "unexpected argument 'extra'"},

@@ -5,7 +5,8 @@
 #include <functional>
 #include <map>
 
-#include "number_parsing.h"
+#include "common/options.h"
+#include "common/tool_error.h"
 
 namespace quillon::lingomat::cli {
 
@@ -21,17 +22,23 @@ ParsedCommandLine usage_error(std::string reason) {
 // Applies the value of one option; returns an error text, empty on success.
 using ValueSetter = std::function<std::string(CliOptions&, const std::string&)>;
 
-std::string invalid_value(const std::string& option, const std::string& value,
-                          const char* expected) {
-  return "invalid value '" + value + "' for " + option + ": expected " + expected;
+// Runs one of the toolkit's strict conversions; its message is the error text.
+template <typename Convert>
+std::string converted(const Convert& convert) {
+  try {
+    convert();
+    return {};
+  } catch (const tools::UsageError& error) {
+    return error.what();
+  }
 }
 
-ValueSetter unsigned_setter(const std::string& option, std::uint64_t CliOptions::*field) {
-  return [option, field](CliOptions& options, const std::string& value) -> std::string {
-    const auto number = parse_unsigned(value);
-    if (!number) return invalid_value(option, value, "a non-negative integer");
-    options.*field = *number;
-    return {};
+// `option` without its leading dashes, as the toolkit's conversions name it.
+ValueSetter unsigned_setter(const std::string& option, std::uint64_t CliOptions::*field,
+                            std::uint64_t min = 0, std::uint64_t max = UINT64_MAX) {
+  return [option, field, min, max](CliOptions& options, const std::string& value) {
+    return converted(
+        [&] { options.*field = tools::OptionParser::to_uint(option, value, min, max); });
   };
 }
 
@@ -55,25 +62,20 @@ const std::map<std::string, ValueSetter>& value_options() {
          options.only.push_back(value);
          return {};
        }},
-      {"--max-bytes", unsigned_setter("--max-bytes", &CliOptions::max_bytes)},
-      {"--max-tokens", unsigned_setter("--max-tokens", &CliOptions::max_tokens)},
-      {"--min-tokens", unsigned_setter("--min-tokens", &CliOptions::min_tokens)},
+      {"--max-bytes", unsigned_setter("max-bytes", &CliOptions::max_bytes)},
+      {"--max-tokens", unsigned_setter("max-tokens", &CliOptions::max_tokens)},
+      {"--min-tokens", unsigned_setter("min-tokens", &CliOptions::min_tokens)},
       {"--min-score",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         const auto number = parse_finite_double(value);
-         if (!number) return invalid_value("--min-score", value, "a finite number");
-         options.min_score = *number;
-         return {};
+       [](CliOptions& options, const std::string& value) {
+         return converted(
+             [&] { options.min_score = tools::OptionParser::to_double("min-score", value); });
        }},
       {"--jobs",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         const auto number = parse_unsigned(value);
-         if (!number || *number < 1 || *number > kMaxJobs) {
-           return invalid_value("--jobs", value,
-                                ("an integer from 1 to " + std::to_string(kMaxJobs)).c_str());
-         }
-         options.jobs = static_cast<unsigned>(*number);
-         return {};
+       [](CliOptions& options, const std::string& value) {
+         return converted([&] {
+           options.jobs =
+               static_cast<unsigned>(tools::OptionParser::to_uint("jobs", value, 1, kMaxJobs));
+         });
        }},
   };
   return setters;
@@ -205,8 +207,9 @@ std::string help_text() {
          "  -h, --help           show this help and exit\n"
          "      --version        show the version and exit\n"
          "\n"
-         "Exit status: 0 if every file was read, 1 if some could not be read,\n"
-         "2 for a usage error or a data file that cannot be loaded.\n";
+         "Exit status: 0 if every file was read, 1 if some files could not be read\n"
+         "or the output could not be written, 2 for a usage error or a data file that\n"
+         "cannot be loaded.\n";
 }
 
 }  // namespace quillon::lingomat::cli

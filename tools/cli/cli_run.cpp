@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <thread>
 
 #include <unistd.h>
 
+#include "common/parallel.h"
 #include "data_file_locator.h"
 #include "engine_loader.h"
 #include "identify_runner.h"
@@ -36,9 +36,7 @@ std::string no_data_file_message() {
 }
 
 unsigned worker_count(const CliOptions& options) {
-  if (options.jobs != 0) return options.jobs;
-  const unsigned cores = std::thread::hardware_concurrency();
-  return cores == 0 ? 1 : cores;
+  return options.jobs != 0 ? options.jobs : tools::default_thread_count();
 }
 
 void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }

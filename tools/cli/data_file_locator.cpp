@@ -17,6 +17,12 @@ fs::path executable_directory() {
   return exe.parent_path();
 }
 
+// True for the binary the build produced, still where the build put it.
+bool runs_from_build_tree(const fs::path& exe_dir) {
+  std::error_code error;
+  return !exe_dir.empty() && fs::equivalent(exe_dir, LINGOMAT_BUILD_DIR, error) && !error;
+}
+
 }  // namespace
 
 std::vector<std::string> default_data_file_candidates() {
@@ -26,7 +32,7 @@ std::vector<std::string> default_data_file_candidates() {
     candidates.push_back((exe_dir / LINGOMAT_DATA_FROM_BINDIR).lexically_normal().string());
   }
   candidates.push_back(LINGOMAT_INSTALLED_DATA);
-  candidates.push_back(LINGOMAT_DEFAULT_DATA);
+  if (runs_from_build_tree(exe_dir)) candidates.push_back(LINGOMAT_SOURCE_TREE_DATA);
   return candidates;
 }
 

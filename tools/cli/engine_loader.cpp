@@ -1,14 +1,9 @@
 #include "engine_loader.h"
 
-#include <cerrno>
-#include <cstring>
 #include <ios>
 #include <new>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include "common/file_io.h"
 #include "json/json_exception.h"
 
 namespace quillon::lingomat::cli {
@@ -27,22 +22,12 @@ std::string failure(const char* status, const std::string& data_file, const std:
   return message;
 }
 
-// The stream failure the engine raises carries no reason; find one ourselves.
-std::string open_problem(const std::string& data_file) {
-  struct stat info;
-  if (::stat(data_file.c_str(), &info) != 0) return std::strerror(errno);
-  if (S_ISDIR(info.st_mode)) return std::strerror(EISDIR);
-  const int fd = ::open(data_file.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return std::strerror(errno);
-  ::close(fd);
-  return {};
-}
-
 }  // namespace
 
 LoadedEngine load_engine(const CliOptions& options, const std::string& data_file) {
   LoadedEngine loaded;
-  if (std::string problem = open_problem(data_file); !problem.empty()) {
+  // The stream failure the engine raises carries no reason; find one first.
+  if (std::string problem = tools::read_problem(data_file); !problem.empty()) {
     loaded.error = failure(kStatusFileIo, data_file, problem);
     return loaded;
   }

@@ -6,12 +6,16 @@ namespace quillon::lingomat::cli {
 
 namespace {
 
+// The name-based candidates as identify() gathers them: file name, then
+// interpreter, then extension, keeping only the languages --only allows.
+// (The engine offers no call that filters a candidate list, so this one asks
+// it which languages are allowed.)
 std::vector<std::string> allowed_candidates(const Lingomat& engine, const Evidence& evidence) {
   std::vector<std::string> all = evidence.by_filename;
   all.insert(all.end(), evidence.by_interpreter.begin(), evidence.by_interpreter.end());
   all.insert(all.end(), evidence.by_extension.begin(), evidence.by_extension.end());
   if (!engine.apply_restrictions()) return all;
-  const std::vector<std::string>& allowed = engine.opts().restrictions;  // sorted by the engine
+  const std::vector<std::string> allowed = engine.default_restrictions();  // sorted by the engine
   std::vector<std::string> kept;
   for (const std::string& language : all) {
     if (std::binary_search(allowed.begin(), allowed.end(), language)) kept.push_back(language);
@@ -19,14 +23,15 @@ std::vector<std::string> allowed_candidates(const Lingomat& engine, const Eviden
   return kept;
 }
 
-// The same floor the engine applies; 0 switches it off.
-bool above_floor(double min_score_per_token, double score_per_token) {
-  return min_score_per_token == 0.0 || !(min_score_per_token > score_per_token);
+bool ranked_in(const Ranking& ranking, const std::string& language) {
+  return std::any_of(ranking.begin(), ranking.end(),
+                     [&](const auto& entry) { return entry.first == language; });
 }
 
-std::vector<RankedLanguage> top_languages(const Lingomat& engine, const Ranking& ranking,
+// The best languages of the unfiltered ranking, each marked by whether the
+// engine's own floor (as applied by identify_by_classifier) kept it.
+std::vector<RankedLanguage> top_languages(const Ranking& ranking, const Ranking& kept,
                                           std::size_t token_count) {
-  const double floor = engine.opts().classifier.min_score_per_token;
   std::vector<RankedLanguage> top;
   for (const auto& [language, score] : ranking) {
     if (top.size() == kExplainedLanguages) break;
@@ -39,7 +44,7 @@ std::vector<RankedLanguage> top_languages(const Lingomat& engine, const Ranking&
     entry.language = language;
     entry.score = score;
     entry.score_per_token = score / static_cast<double>(token_count);
-    entry.above_floor = above_floor(floor, entry.score_per_token);
+    entry.above_floor = ranked_in(kept, language);
     top.push_back(std::move(entry));
   }
   return top;
@@ -64,17 +69,17 @@ Evidence explain_identification(const Lingomat& engine, const std::string& name,
   evidence.token_count = tokens.size();
   evidence.min_tokens = engine.opts().classifier.min_tokens;
   evidence.min_score_per_token = engine.opts().classifier.min_score_per_token;
+  // What identify() sees: the ranking after the engine's floor.
+  const Ranking kept = engine.identify_by_classifier(code, evidence.candidates);
+  // And the same ranking before it, so that languages below the floor can be shown.
   const std::vector<std::string> languages =
       evidence.candidates.empty() ? engine.default_restrictions() : evidence.candidates;
   evidence.ranking =
-      top_languages(engine, engine.classifier().classify(tokens, languages), tokens.size());
+      top_languages(engine.classifier().classify(tokens, languages), kept, tokens.size());
 
-  const auto first_kept =
-      std::find_if(evidence.ranking.begin(), evidence.ranking.end(),
-                   [](const RankedLanguage& entry) { return entry.above_floor; });
   if (answer.empty()) {
     evidence.decision = "none";
-  } else if (first_kept != evidence.ranking.end() && first_kept->language == answer) {
+  } else if (!kept.empty() && kept.front().first == answer) {
     evidence.decision = "classifier";
   } else {
     evidence.decision = "first candidate";

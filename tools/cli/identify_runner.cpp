@@ -1,26 +1,18 @@
 #include "identify_runner.h"
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <cstring>
 #include <exception>
 #include <mutex>
 #include <new>
 #include <system_error>
-#include <thread>
 
 #include <unistd.h>
 
-#include "file_reader.h"
+#include "common/file_io.h"
+#include "common/parallel.h"
 
 namespace quillon::lingomat::cli {
 
 namespace {
-
-// How often the caller's thread wakes to report progress while it waits.
-constexpr std::chrono::milliseconds kProgressInterval(100);
 
 FileResult failure(std::string reason) {
   FileResult result;
@@ -30,12 +22,14 @@ FileResult failure(std::string reason) {
 }
 
 FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
-  if (item.list_error != 0) return failure(std::strerror(item.list_error));
-  ReadResult read =
-      item.is_stdin ? read_descriptor(STDIN_FILENO, false) : read_file(item.path, item.skip_binary);
-  if (read.status == ReadStatus::kFailed) return failure(std::strerror(read.error));
+  if (item.list_error != 0) {
+    return failure(std::generic_category().message(item.list_error));
+  }
+  tools::ReadResult read = item.is_stdin ? tools::try_read_descriptor(STDIN_FILENO)
+                                         : tools::try_read_file(item.path, item.skip_binary);
+  if (read.status == tools::ReadStatus::kFailed) return failure(std::move(read.error));
   FileResult result;
-  if (read.status == ReadStatus::kBinary) {
+  if (read.status == tools::ReadStatus::kBinary) {
     result.outcome = FileOutcome::kSkippedBinary;
     return result;
   }
@@ -67,54 +61,35 @@ void identify_all(const Lingomat& engine, const std::vector<InputItem>& items,
   const std::size_t total = items.size();
   std::vector<std::optional<FileResult>> slots(total);
   std::mutex mutex;
-  std::condition_variable finished;
-  std::atomic<std::size_t> next_item{0};
-  std::size_t done = 0;
-
-  auto work = [&] {
-    for (std::size_t i = next_item++; i < total; i = next_item++) {
-      FileResult result = identify_item(engine, items[i], settings.explain);
-      {
-        std::lock_guard<std::mutex> lock(mutex);
-        slots[i] = std::move(result);
-        ++done;
-      }
-      finished.notify_one();
-    }
-  };
-
-  const std::size_t worker_count =
-      std::min<std::size_t>(std::max(settings.jobs, 1u), std::max<std::size_t>(total, 1));
-  std::vector<std::thread> workers;
-  workers.reserve(worker_count);
-  try {
-    for (std::size_t w = 0; w < worker_count; ++w) workers.emplace_back(work);
-  } catch (const std::system_error&) {
-    // Fewer threads than asked for still finish the job; none at all means this one does.
-    if (workers.empty()) work();
-  }
-
-  // Hand results over in order; later ones wait in their slots.
   std::size_t delivered = 0;
-  while (delivered < total) {
+
+  // Hands over the results that are ready, in item order; later ones wait in their slots.
+  const auto deliver_ready = [&] {
     std::vector<FileResult> ready;
-    std::size_t done_now = 0;
     {
-      std::unique_lock<std::mutex> lock(mutex);
-      finished.wait_for(lock, kProgressInterval, [&] { return slots[delivered].has_value(); });
+      std::lock_guard<std::mutex> lock(mutex);
       for (std::size_t i = delivered; i < total && slots[i].has_value(); ++i) {
         ready.push_back(std::move(*slots[i]));
         slots[i].reset();
       }
-      done_now = done;
     }
     for (FileResult& result : ready) {
       on_result(items[delivered], std::move(result));
       ++delivered;
     }
-    on_progress(done_now, total);
-  }
-  for (std::thread& worker : workers) worker.join();
+  };
+
+  tools::run_parallel(
+      total, settings.jobs,
+      [&](std::size_t index, unsigned) {
+        FileResult result = identify_item(engine, items[index], settings.explain);
+        std::lock_guard<std::mutex> lock(mutex);
+        slots[index] = std::move(result);
+      },
+      [&](std::size_t done, std::size_t, bool) {
+        deliver_ready();
+        on_progress(done, total);
+      });
 }
 
 }  // namespace quillon::lingomat::cli

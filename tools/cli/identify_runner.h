@@ -30,11 +30,12 @@ struct RunSettings {
 
 // Called on the caller's thread, in item order.
 using ResultSink = std::function<void(const InputItem& item, FileResult result)>;
-// Called on the caller's thread whenever it wakes: items finished so far.
+// Called on the caller's thread about five times a second and at the end: items finished so far.
 using ProgressSink = std::function<void(std::size_t done, std::size_t total)>;
 
 // Identifies every item with one shared engine on `jobs` threads and hands the
-// results over in item order, whatever order the threads finish in.
+// results over in item order, whatever order the threads finish in. When a
+// sink throws, the workers are stopped and joined before the exception leaves.
 void identify_all(const Lingomat& engine, const std::vector<InputItem>& items,
                   const RunSettings& settings, const ResultSink& on_result,
                   const ProgressSink& on_progress);

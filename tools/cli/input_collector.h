@@ -15,7 +15,8 @@ struct InputItem {
 };
 
 // Expands the command-line paths (directories recursively) into items sorted
-// by path, byte order, without duplicates.
+// by path, byte order, one per file: paths that differ only lexically ("./a"
+// and "a") are one file, and a file named explicitly beats its walked copy.
 std::vector<InputItem> collect_inputs(const std::vector<std::string>& paths,
                                       const std::string& stdin_name);
 

@@ -6,7 +6,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "utf8_repair.h"
+#include "common/utf8.h"
 
 namespace quillon::lingomat::cli {
 
@@ -74,7 +74,7 @@ std::string LanguageSummary::json_lines() const {
     if (language.empty()) {
       writer.Null();
     } else {
-      const std::string valid = to_valid_utf8(language);
+      const std::string valid = tools::sanitize_utf8(language);
       writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
     }
     writer.Key("files");

@@ -6,13 +6,39 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "utf8_repair.h"
+#include "common/utf8.h"
 
 namespace quillon::lingomat::cli {
 
 namespace {
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+// Plain output is one record per line with a tab between the fields, so the
+// bytes that would break that up are written as backslash escapes.
+std::string escaped(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text) {
+    switch (c) {
+      case '\t':
+        out += "\\t";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out += c;
+    }
+  }
+  return out;
+}
 
 std::string joined(const std::vector<std::string>& languages) {
   if (languages.empty()) return "(none)";
@@ -52,16 +78,18 @@ std::string ranking_lines(const Evidence& evidence) {
 
 std::string explanation_block(const Evidence& evidence) {
   std::string text;
-  text += "  filename     " + (evidence.name.empty() ? std::string("(none)") : evidence.name) +
-          ": " + joined(evidence.by_filename) + '\n';
+  text += "  filename     " +
+          (evidence.name.empty() ? std::string("(none)") : escaped(evidence.name)) + ": " +
+          joined(evidence.by_filename) + '\n';
   text += "  interpreter  " +
           (evidence.interpreter.empty()
                ? std::string("(no #! line)")
-               : evidence.interpreter + ": " + joined(evidence.by_interpreter)) +
+               : escaped(evidence.interpreter) + ": " + joined(evidence.by_interpreter)) +
           '\n';
   text += "  extension    " +
-          (evidence.extension.empty() ? std::string("(none)")
-                                      : evidence.extension + ": " + joined(evidence.by_extension)) +
+          (evidence.extension.empty()
+               ? std::string("(none)")
+               : escaped(evidence.extension) + ": " + joined(evidence.by_extension)) +
           '\n';
   text += "  candidates   " + joined(evidence.candidates) + '\n';
   text += "  tokens       " + std::to_string(evidence.token_count) + " (the classifier needs " +
@@ -72,7 +100,7 @@ std::string explanation_block(const Evidence& evidence) {
 }
 
 void write_string(JsonWriter& writer, const std::string& text) {
-  const std::string valid = to_valid_utf8(text);
+  const std::string valid = tools::sanitize_utf8(text);
   writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
 }
 
@@ -148,7 +176,7 @@ void write_evidence(JsonWriter& writer, const Evidence& evidence) {
 }  // namespace
 
 std::string text_line(const InputItem& item, const FileResult& result) {
-  std::string text = item.path + '\t' + result.language + '\n';
+  std::string text = escaped(item.path) + '\t' + result.language + '\n';
   if (result.evidence) text += explanation_block(*result.evidence);
   return text;
 }
@@ -170,7 +198,7 @@ std::string json_line(const InputItem& item, const FileResult& result) {
 }
 
 std::string error_line(const InputItem& item, const FileResult& result) {
-  return "lingomat: " + item.path + ": " + result.error + '\n';
+  return "lingomat: " + escaped(item.path) + ": " + result.error + '\n';
 }
 
 }  // namespace quillon::lingomat::cli

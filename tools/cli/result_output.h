@@ -8,12 +8,13 @@
 namespace quillon::lingomat::cli {
 
 // "path<TAB>language\n", followed by the explanation when the result has one.
+// Tabs, line breaks and backslashes in the path are written as \t, \n, \r and \\.
 std::string text_line(const InputItem& item, const FileResult& result);
 
 // One JSON object and a newline: path, language (null for none), evidence if any.
 std::string json_line(const InputItem& item, const FileResult& result);
 
-// "lingomat: path: reason\n", for standard error.
+// "lingomat: path: reason\n", for standard error, with the path escaped the same way.
 std::string error_line(const InputItem& item, const FileResult& result);
 
 }  // namespace quillon::lingomat::cli

@@ -4,9 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "common/tool_error.h"
@@ -14,6 +15,55 @@
 namespace quillon::lingomat::tools {
 
 namespace {
+
+constexpr std::size_t kReadChunk = 64 * 1024;
+
+// The system's text for an errno value; unlike strerror, safe on any thread.
+std::string errno_text(int error) { return std::generic_category().message(error); }
+
+ReadResult failed(std::string reason) {
+  ReadResult result;
+  result.status = ReadStatus::kFailed;
+  result.error = std::move(reason);
+  return result;
+}
+
+// A read-only descriptor for `path` when it is a regular file, or -1 with the
+// reason. Opening does not block (a FIFO would wait for a writer) and never
+// makes a terminal the controlling one; the kind is checked on the opened
+// file itself, so it cannot change in between.
+int open_regular_file(const std::string& path, std::string& reason) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) {
+    reason = errno_text(errno);
+    return -1;
+  }
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) {
+    reason = errno_text(errno);
+  } else if (S_ISDIR(info.st_mode)) {
+    reason = errno_text(EISDIR);
+  } else if (!S_ISREG(info.st_mode)) {
+    reason = kNotRegularFile;
+  } else {
+    // Regular files ignore O_NONBLOCK; clearing it keeps reads plainly blocking anyway.
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (flags >= 0) ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    return fd;
+  }
+  ::close(fd);
+  return -1;
+}
+
+// The process's umask, read once before main() while no other thread can be
+// creating files: the only way to read it is to set it, and a file created in
+// between would get no mask at all. Temporary files are then given the mode
+// an ordinary new file would have, without touching the umask again.
+const mode_t kProcessUmask = [] {
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return mask;
+}();
 
 // Closes the descriptor and removes the temporary file unless released.
 class TemporaryFile {
@@ -43,7 +93,7 @@ class TemporaryFile {
   void release() { path_.clear(); }
 
   [[noreturn]] static void fail(const std::string& target, int error) {
-    throw ToolError("cannot write output file " + target + ": " + std::strerror(error));
+    throw ToolError("cannot write output file " + target + ": " + errno_text(error));
   }
 
  private:
@@ -51,48 +101,80 @@ class TemporaryFile {
   int fd_ = -1;
 };
 
-// mkstemp creates files readable by the owner only; a data file is for everyone.
-void apply_default_permissions(int fd) {
-  const mode_t mask = umask(0);
-  umask(mask);
-  fchmod(fd, 0666 & ~mask);
-}
-
 }  // namespace
 
-std::string read_file(const std::string& path, const std::string& what) {
-  const auto fail = [&](int error) -> std::string {
-    throw ToolError("cannot read " + what + " " + path + ": " + std::strerror(error));
-  };
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return fail(errno);
+bool looks_binary(std::string_view head) {
+  return head.substr(0, kBinarySniffBytes).find('\0') != std::string_view::npos;
+}
+
+ReadResult try_read_descriptor(int fd, bool stop_if_binary) {
+  ReadResult result;
+  std::string& content = result.content;
   struct stat info {};
-  if (fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
-    close(fd);
-    return fail(EISDIR);
-  }
-  std::string content;
-  char buffer[65536];
-  for (;;) {
-    const ssize_t got = read(fd, buffer, sizeof buffer);
-    if (got == 0) break;
-    if (got < 0) {
-      if (errno == EINTR) continue;
-      const int error = errno;
-      close(fd);
-      return fail(error);
+  if (::fstat(fd, &info) == 0) {
+    if (S_ISDIR(info.st_mode)) return failed(errno_text(EISDIR));
+    if (S_ISREG(info.st_mode) && info.st_size > 0) {
+      // One chunk of slack: the read that finds the end must not reallocate.
+      content.reserve(static_cast<std::size_t>(info.st_size) + kReadChunk);
     }
-    content.append(buffer, static_cast<std::size_t>(got));
   }
-  close(fd);
-  return content;
+  bool sniffed = !stop_if_binary;
+  while (true) {
+    const std::size_t used = content.size();
+    content.resize(used + kReadChunk);
+    const ssize_t got = ::read(fd, &content[used], kReadChunk);
+    if (got < 0) {
+      const int error = errno;
+      content.resize(used);
+      if (error == EINTR) continue;
+      return failed(errno_text(error));
+    }
+    content.resize(used + static_cast<std::size_t>(got));
+    const bool at_end = got == 0;
+    if (!sniffed && (at_end || content.size() >= kBinarySniffBytes)) {
+      sniffed = true;
+      if (looks_binary(content)) {
+        result.status = ReadStatus::kBinary;
+        content.clear();
+        return result;
+      }
+    }
+    if (at_end) break;
+  }
+  result.status = ReadStatus::kRead;
+  return result;
+}
+
+ReadResult try_read_file(const std::string& path, bool stop_if_binary) {
+  std::string reason;
+  const int fd = open_regular_file(path, reason);
+  if (fd < 0) return failed(std::move(reason));
+  ReadResult result = try_read_descriptor(fd, stop_if_binary);
+  ::close(fd);
+  return result;
+}
+
+std::string read_problem(const std::string& path) {
+  std::string reason;
+  const int fd = open_regular_file(path, reason);
+  if (fd >= 0) ::close(fd);
+  return reason;
+}
+
+std::string read_file(const std::string& path, const std::string& what) {
+  ReadResult result = try_read_file(path);
+  if (result.status != ReadStatus::kRead) {
+    throw ToolError("cannot read " + what + " " + path + ": " + result.error);
+  }
+  return std::move(result.content);
 }
 
 void write_file_atomically(const std::string& path, const std::string& content) {
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) TemporaryFile::fail(path, EISDIR);
   TemporaryFile temporary(path);
-  apply_default_permissions(temporary.fd());
+  // mkstemp creates files for the owner only; a data file is for whoever the umask allows.
+  if (fchmod(temporary.fd(), 0666 & ~kProcessUmask) != 0) TemporaryFile::fail(path, errno);
   const char* data = content.data();
   std::size_t left = content.size();
   while (left > 0) {

@@ -1,8 +1,41 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace quillon::lingomat::tools {
+
+// A NUL byte this early means the file is binary, not text in any language.
+inline constexpr std::size_t kBinarySniffBytes = 8192;
+
+// True when the first kBinarySniffBytes of `head` hold a NUL byte.
+bool looks_binary(std::string_view head);
+
+enum class ReadStatus { kRead, kBinary, kFailed };
+
+struct ReadResult {
+  ReadStatus status = ReadStatus::kFailed;
+  std::string content;  // the whole file when kRead
+  std::string error;    // the reason when kFailed ("No such file or directory", ...)
+};
+
+// The reason given for a named path that is neither a regular file nor a directory.
+inline constexpr const char* kNotRegularFile = "not a regular file";
+
+// Reads a whole regular file, following symbolic links. Anything else named
+// (a directory, a device such as /dev/zero, a FIFO) fails without being read,
+// since it may never end or block forever. With stop_if_binary, a file whose
+// first kBinarySniffBytes hold a NUL is abandoned as kBinary.
+ReadResult try_read_file(const std::string& path, bool stop_if_binary = false);
+
+// Reads a descriptor to its end, whatever it is (standard input may be a pipe);
+// only a directory fails.
+ReadResult try_read_descriptor(int fd, bool stop_if_binary = false);
+
+// Empty when `path` is a regular file this process may open for reading,
+// otherwise the reason it is not, as try_read_file would give it.
+std::string read_problem(const std::string& path);
 
 // The whole content of a file. `what` names the file's role in the message of
 // the ToolError thrown when it cannot be read ("cannot read <what> <path>: <reason>").

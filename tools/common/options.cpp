@@ -1,5 +1,6 @@
 #include "common/options.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -78,7 +79,9 @@ double OptionParser::to_double(const std::string& option, const std::string& tex
   char* end = nullptr;
   errno = 0;
   const double value = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || errno == ERANGE || !std::isfinite(value)) {
+  // strtod skips leading blanks, but a value with blanks in it is a typo.
+  const bool blank_first = !text.empty() && std::isspace(static_cast<unsigned char>(text[0]));
+  if (text.empty() || blank_first || *end != '\0' || errno == ERANGE || !std::isfinite(value)) {
     throw UsageError("--" + option + ": expected a number, got '" + text + "'");
   }
   return value;

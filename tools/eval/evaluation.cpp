@@ -1,10 +1,7 @@
 #include "eval/evaluation.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <fstream>
 #include <ios>
 #include <memory>
 
@@ -28,9 +25,8 @@ struct LabelledFile {
 
 std::unique_ptr<Lingomat> load_engine(const EvalConfig& config) {
   // The engine reports an unreadable file as a bare stream failure; say why here.
-  std::ifstream probe(config.data_path);
-  if (!probe) {
-    throw ToolError("cannot read data file " + config.data_path + ": " + std::strerror(errno));
+  if (const std::string problem = read_problem(config.data_path); !problem.empty()) {
+    throw ToolError("cannot read data file " + config.data_path + ": " + problem);
   }
   Lingomat::Opts opts;
   opts.tokenizer = config.tokenizer;
