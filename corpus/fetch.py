@@ -17,6 +17,7 @@ import sys
 import tarfile
 import threading
 import zipfile
+import zlib
 from dataclasses import dataclass, field
 
 CORPUS = os.path.dirname(os.path.abspath(__file__))
@@ -472,7 +473,7 @@ def read_sample(full_path, rel):
         else:
             with open(full_path, "rb") as handle:
                 data = handle.read()
-    except (OSError, EOFError, gzip.BadGzipFile):
+    except (OSError, EOFError, gzip.BadGzipFile, zlib.error):
         return None
     return data if usable(data, rel) else None
 
@@ -505,7 +506,7 @@ def archive_members(unit, source):
                         path = rel + "/" + info.filename
                         if usable(data, path):
                             found.append((path, data))
-            except (OSError, zipfile.BadZipFile) as error:
+            except (OSError, zipfile.BadZipFile, zlib.error) as error:
                 warn("%s: cannot read %s: %s" % (source.origin, rel, error))
     return found
 

@@ -3,7 +3,7 @@
 # As root it runs apt-get; otherwise it names the packages and stops.
 set -euo pipefail
 
-packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev)
+packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3)
 missing=()
 for pkg in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
