@@ -187,9 +187,15 @@ def parse_recipe(path):
                     try:
                         limit = int(word[4:])
                     except ValueError:
+                        limit = 0
+                    if limit < 1:
                         warn("%s: bad %s, using max=%d" % (origin, word, DEFAULT_MAX))
+                        limit = DEFAULT_MAX
                 elif word.startswith("project="):
                     project = word[8:]
+                    if not project or "/" in project:
+                        warn("%s: bad %s, using the package name" % (origin, word))
+                        project = None
                 else:
                     globs.append(word)
             if not package or not globs:

@@ -78,12 +78,16 @@ class RecipeParsingTest(TempDirTest):
             "rpm foo=1 *.c\n"            # unknown kind
             "deb foo=1\n"                # no glob
             "deb foo=1 max=3\n"          # options only, still no glob
-            "deb good=1 src/*.c max=lots\n")
-        self.assertEqual([s.package for s in sources], ["good"])
-        self.assertEqual(sources[0].limit, fetch.DEFAULT_MAX)
+            "deb good=1 src/*.c max=lots\n"
+            "deb none=1 src/*.c max=0 project=\n")
+        self.assertEqual([s.package for s in sources], ["good", "none"])
+        self.assertEqual([s.limit for s in sources], [fetch.DEFAULT_MAX] * 2)
+        self.assertEqual(sources[1].project, "none")
         for origin in ("t.recipe:1", "t.recipe:3", "t.recipe:4", "t.recipe:5"):
             self.assertIn(origin + ":", warnings)
         self.assertIn("t.recipe:6: bad max=lots", warnings)
+        self.assertIn("t.recipe:7: bad max=0", warnings)
+        self.assertIn("t.recipe:7: bad project=", warnings)
 
     def test_archive_globs_are_split_from_plain_ones(self):
         sources, _ = self.parse("[Clojure]\ndeb libx-clojure=1 usr/share/java/*.jar!/**/*.clj src/*.clj\n")
