@@ -1,9 +1,8 @@
 #include "json/json_reader.h"
 
-#include <fstream>
-#include <iterator>
-
 #include <rapidjson/error/en.h>
+
+#include "json/data_file_bytes.h"
 
 namespace quillon::lingomat {
 namespace {
@@ -36,17 +35,23 @@ bool nests_deeper_than(const std::string& text, std::size_t limit) {
   return false;
 }
 
+// The iterative parser calls a document that opens with a stray ']', '}', ',' or ':' empty,
+// where the default parser finds an invalid value. Such a document fails at its first byte,
+// before any recursion, so the default parser can safely report it.
+bool starts_with_stray_punctuation(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return false;
+  const char c = text[first];
+  return c == ']' || c == '}' || c == ',' || c == ':';
+}
+
 }  // namespace
 
 JsonDocument parse_json_file(const std::string& path) {
-  std::ifstream stream(path, std::ios::in);
-  // Enabling exceptions on a stream whose open failed throws at once, so an
-  // unreadable file surfaces as a stream failure and never as a JSON error.
-  stream.exceptions(std::ios::failbit | std::ios::badbit);
-  const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  const std::string text = read_data_file(path);
 
   JsonDocument document;
-  if (nests_deeper_than(text, kRecursionSafeDepth)) {
+  if (nests_deeper_than(text, kRecursionSafeDepth) && !starts_with_stray_punctuation(text)) {
     document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
   } else {
     document.Parse(text.c_str());

@@ -18,8 +18,8 @@ inline constexpr const char* kMissingKey = "JSON object missing expected key";
 inline constexpr const char* kUnexpectedType = "JSON value was of an unexpected type";
 inline constexpr const char* kNotAString = "Expected JSON value to be a string";
 
-// Reads and parses a whole JSON file. A file that cannot be opened raises
-// std::ios_base::failure; malformed JSON raises JsonException.
+// Reads and parses a whole JSON file. A file that cannot be opened, or that read_data_file
+// refuses, raises std::ios_base::failure; malformed JSON raises JsonException.
 JsonDocument parse_json_file(const std::string& path);
 
 // The bytes of a string value (embedded NULs kept); anything else is an error.

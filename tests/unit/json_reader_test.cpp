@@ -1,6 +1,9 @@
 #include "json/json_reader.h"
 
+#include <random>
+
 #include <gtest/gtest.h>
+#include <rapidjson/error/en.h>
 
 #include "temp_file.h"
 
@@ -50,6 +53,43 @@ TEST(ParseJsonFile, DeepNestingIsParsedOrRejectedWithoutExhaustingTheStack) {
   // Brackets inside strings do not count as nesting.
   EXPECT_EQ(parse_error("{\"a\": \"" + std::string(5000, '[') + "\\\"\"} x"),
             "The document root must not be followed by other values.");
+}
+
+std::string default_parser_verdict(const std::string& text) {
+  JsonDocument document;
+  document.Parse(text.c_str());
+  return document.HasParseError() ? rapidjson::GetParseError_En(document.GetParseError())
+                                  : "no error";
+}
+
+TEST(ParseJsonFile, DeepDocumentsGetTheDefaultParsersMessages) {
+  const std::string deep(40, '[');
+  for (const char* start : {"]", "}", ",", ":", " \r\n\t]"}) {
+    EXPECT_EQ(parse_error(start + deep), "Invalid value.") << start;
+  }
+  // Mutations of documents just deeper than the shallow limit, where the default parser
+  // is still safe to run: whatever the mutation, both must agree.
+  std::mt19937 random(11);
+  const std::string pieces[] = {"[", "]", "{",    "}",  ",",  ":",   "\"k\"", "1",  "-",
+                                "x", " ", "null", "\"", "\\", "tru", "1e",    "[]", "{}"};
+  for (int round = 0; round < 500; ++round) {
+    const std::size_t depth = 33 + random() % 8;
+    std::string text;
+    for (std::size_t i = 0; i < depth; ++i) text += random() % 2 ? "[" : "{\"k\":";
+    for (int i = static_cast<int>(random() % 6); i > 0; --i) {
+      const std::string& piece = pieces[random() % std::size(pieces)];
+      text.insert(random() % (text.size() + 1), piece);
+    }
+    if (random() % 3 == 0) text.resize(random() % (text.size() + 1));
+    TempFile file(text);
+    std::string verdict = "no error";
+    try {
+      parse_json_file(file.path());
+    } catch (const JsonException& e) {
+      verdict = e.what();
+    }
+    EXPECT_EQ(verdict, default_parser_verdict(text)) << text;
+  }
 }
 
 TEST(ParseJsonFile, AcceptsSurroundingWhitespace) {
