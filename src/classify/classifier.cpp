@@ -1,5 +1,6 @@
 #include "classify/classifier.h"
 
+#include "json/json_member_index.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -9,14 +10,6 @@ namespace {
 // a negative count wraps instead of being rejected.
 std::uint64_t widen(int value) {
   return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
-}
-
-// First member of `object` whose name has exactly these bytes.
-const JsonValue& find_member(const JsonConstObject& object, const std::string& name) {
-  const auto member = object.FindMember(
-      rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size())));
-  if (member == object.MemberEnd()) throw JsonException(kMissingKey);
-  return member->value;
 }
 
 std::uint64_t read_count(const JsonValue& value) {
@@ -42,12 +35,15 @@ Classifier::Classifier(const Opts& opts)
   const auto language_tokens = json_get<JsonConstObject>(document, "language_tokens");
   const auto tokens = json_get<JsonConstObject>(document, "tokens");
   const auto languages = json_get<JsonConstObject>(document, "languages");
+  // Looked up once per language: indexed, so that loading stays linear in their number.
+  const JsonMemberIndex language_tokens_index(language_tokens);
+  const JsonMemberIndex tokens_index(tokens);
 
   for (const auto& member : languages) {
     const std::string name = json_string(member.name);
     const std::uint64_t samples = read_count(member.value);
-    const std::uint64_t token_total = read_count(find_member(language_tokens, name));
-    auto token_counts = read_token_counts(find_member(tokens, name));
+    const std::uint64_t token_total = read_count(language_tokens_index.at(name));
+    auto token_counts = read_token_counts(tokens_index.at(name));
 
     ClassifierLang& lang = languages_[name];
     lang.tokens = token_total;
