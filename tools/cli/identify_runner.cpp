@@ -3,11 +3,13 @@
 #include <exception>
 #include <mutex>
 #include <new>
+#include <string_view>
 #include <system_error>
+#include <type_traits>
 
 #include <unistd.h>
 
-#include "common/file_io.h"
+#include "common/input_text.h"
 #include "common/parallel.h"
 
 namespace quillon::lingomat::cli {
@@ -21,22 +23,42 @@ FileResult failure(std::string reason) {
   return result;
 }
 
+template <typename Engine, typename = void>
+struct TakesTextView : std::false_type {};
+template <typename Engine>
+struct TakesTextView<Engine,
+                     std::void_t<decltype(std::declval<const Engine&>().identify(
+                         std::declval<const std::string&>(), std::declval<std::string_view>()))>>
+    : std::true_type {};
+
+// A mapped input is handed over as it lies, so that only the pages the engine reads are
+// ever loaded; an engine that takes its text only as a string gets a copy.
+template <typename Engine>
+std::string identify_text(const Engine& engine, const std::string& name, std::string_view text) {
+  if constexpr (TakesTextView<Engine>::value) {
+    return engine.identify(name, text);
+  } else {
+    return engine.identify(name, std::string(text));
+  }
+}
+
 FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
   }
-  tools::ReadResult read = item.is_stdin ? tools::try_read_descriptor(STDIN_FILENO)
-                                         : tools::try_read_file(item.path, item.skip_binary);
+  tools::InputResult read = item.is_stdin ? tools::open_input_descriptor(STDIN_FILENO)
+                                          : tools::open_input_file(item.path, item.skip_binary);
   if (read.status == tools::ReadStatus::kFailed) return failure(std::move(read.error));
   FileResult result;
   if (read.status == tools::ReadStatus::kBinary) {
     result.outcome = FileOutcome::kSkippedBinary;
     return result;
   }
-  result.bytes = read.content.size();
-  result.language = engine.identify(item.name, read.content);
+  const std::string_view text = read.text.view();
+  result.bytes = text.size();
+  result.language = identify_text(engine, item.name, text);
   if (explain) {
-    result.evidence = explain_identification(engine, item.name, read.content, result.language);
+    result.evidence = explain_identification(engine, item.name, std::string(text), result.language);
   }
   result.outcome = FileOutcome::kIdentified;
   return result;

@@ -28,8 +28,9 @@ ReadResult failed(std::string reason) {
   return result;
 }
 
-// A read-only descriptor for `path` when it is a regular file, or -1 with the
-// reason. Opening does not block (a FIFO would wait for a writer) and never
+}  // namespace
+
+// Opening does not block (a FIFO would wait for a writer) and never
 // makes a terminal the controlling one; the kind is checked on the opened
 // file itself, so it cannot change in between.
 int open_regular_file(const std::string& path, std::string& reason) {
@@ -54,6 +55,8 @@ int open_regular_file(const std::string& path, std::string& reason) {
   ::close(fd);
   return -1;
 }
+
+namespace {
 
 // The process's umask, read once before main() while no other thread can be
 // creating files: the only way to read it is to set it, and a file created in

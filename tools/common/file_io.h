@@ -23,6 +23,10 @@ struct ReadResult {
 // The reason given for a named path that is neither a regular file nor a directory.
 inline constexpr const char* kNotRegularFile = "not a regular file";
 
+// A read-only descriptor for `path` when it is a regular file (symbolic links
+// followed), or -1 with the reason, as try_read_file gives it.
+int open_regular_file(const std::string& path, std::string& reason);
+
 // Reads a whole regular file, following symbolic links. Anything else named
 // (a directory, a device such as /dev/zero, a FIFO) fails without being read,
 // since it may never end or block forever. With stop_if_binary, a file whose
