@@ -1,0 +1,163 @@
+// Engine creation against one bare parse of the same data file, for the shipped file and for
+// synthetic files with many languages (creation should grow linearly with their number).
+// Run: build/bench/lingomat_loading_bench [--runs N] [--data FILE]
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <rapidjson/document.h>
+
+#include "engine/lingomat.h"
+
+namespace {
+
+using quillon::lingomat::Lingomat;
+
+std::string read_whole(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+}
+
+long resident_kib() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return 0;
+}
+
+// `count` languages, each with a handful of tokens and names; the per-language objects list
+// them in reverse order, as a file written by hand might.
+std::string synthetic_data_file(int count) {
+  auto name = [](int i) { return "Lang" + std::to_string(i); };
+  std::string languages, language_tokens, tokens, extnames, filenames;
+  for (int i = 0; i < count; ++i) {
+    const std::string sep = i == 0 ? "" : ",";
+    const std::string reverse = "\"" + name(count - 1 - i) + "\":";
+    languages += sep + "\"" + name(i) + "\":" + std::to_string(1 + i % 50);
+    language_tokens += sep + reverse + "40";
+    tokens += sep + reverse + "{\"t" + std::to_string(i % 1000) + "\":30,\"u\":10}";
+    extnames += sep + "\"" + name(i) + "\":[\".e" + std::to_string(i) + "\"]";
+    filenames += sep + "\"" + name(i) + "\":[\"F" + std::to_string(i) + "\"]";
+  }
+  return "{\"languages\":{" + languages + "},\"language_tokens\":{" + language_tokens +
+         "},\"tokens\":{" + tokens + "},\"extnames\":{" + extnames + "},\"filenames\":{" +
+         filenames + "},\"interpreters\":{},\"tokens_total\":" + std::to_string(count * 40) +
+         ",\"languages_total\":" + std::to_string(count * 25) + "}";
+}
+
+double median_ms(int runs, const std::function<void()>& work) {
+  std::vector<double> times;
+  for (int i = 0; i < runs; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    times.push_back(
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+            .count());
+  }
+  std::sort(times.begin(), times.end());
+  return times[times.size() / 2];
+}
+
+// Resident memory that `keep` adds while what it builds is alive, measured in a fresh child
+// process so that memory freed by earlier runs cannot hide it.
+double added_mib(const std::function<std::shared_ptr<void>()>& keep) {
+  int channel[2];
+  if (pipe(channel) != 0) return -1;
+  const pid_t child = fork();
+  if (child == 0) {
+    const long before = resident_kib();
+    const std::shared_ptr<void> kept = keep();
+    const long added = resident_kib() - before;
+    const ssize_t ignored = write(channel[1], &added, sizeof added);
+    (void)ignored;
+    _exit(0);
+  }
+  long added = -1;
+  close(channel[1]);
+  if (read(channel[0], &added, sizeof added) != sizeof added) added = -1;
+  close(channel[0]);
+  waitpid(child, nullptr, 0);
+  return static_cast<double>(added) / 1024.0;
+}
+
+struct Figures {
+  double file_mib, parse_ms, create_ms, parse_mib, create_mib;
+};
+
+// Memory first, in children forked before this process has allocated and freed anything
+// big: freed memory kept by the allocator would otherwise hide the growth.
+Figures measure(const std::string& path, int runs, bool timing) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = path;
+
+  const auto bare_parse = [&] {
+    auto document = std::make_shared<rapidjson::Document>();
+    document->Parse(read_whole(path).c_str());
+    return std::static_pointer_cast<void>(document);
+  };
+  const auto create = [&] {
+    return std::static_pointer_cast<void>(std::make_shared<Lingomat>(opts));
+  };
+  Figures figures{};
+  figures.file_mib = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);
+  if (timing) {
+    figures.parse_ms = median_ms(runs, [&] { bare_parse(); });
+    figures.create_ms = median_ms(runs, [&] { create(); });
+  } else {
+    figures.parse_mib = added_mib(bare_parse);
+    figures.create_mib = added_mib(create);
+  }
+  return figures;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int runs = 5;
+  std::string data = LINGOMAT_BENCH_DATA;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    const std::string option = argv[i];
+    if (option == "--runs") {
+      runs = std::max(1, std::atoi(argv[i + 1]));
+    } else if (option == "--data") {
+      data = argv[i + 1];
+    }
+  }
+  char folder[] = "/tmp/lingomat_loading_XXXXXX";
+  if (mkdtemp(folder) == nullptr) return 1;
+  std::vector<std::pair<std::string, std::string>> files{{"shipped data file", data}};
+  for (const int count : {20'000, 80'000}) {
+    const std::string path = std::string(folder) + "/" + std::to_string(count) + ".json";
+    std::ofstream(path, std::ios::binary) << synthetic_data_file(count);
+    files.emplace_back(std::to_string(count) + " languages", path);
+  }
+
+  std::printf("medians of %d runs; memory is resident growth while the result is alive\n", runs);
+  std::printf("%-22s %8s %10s %10s %7s %10s %10s %7s\n", "file", "MiB", "parse ms", "create ms",
+              "ratio", "parse MiB", "create MiB", "x file");
+  std::vector<Figures> memory;
+  for (const auto& file : files) memory.push_back(measure(file.second, runs, false));
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const Figures time = measure(files[i].second, runs, true);
+    const Figures& mem = memory[i];
+    std::printf("%-22s %8.2f %10.1f %10.1f %7.2f %10.1f %10.1f %7.2f\n", files[i].first.c_str(),
+                time.file_mib, time.parse_ms, time.create_ms, time.create_ms / time.parse_ms,
+                mem.parse_mib, mem.create_mib, mem.create_mib / time.file_mib);
+  }
+  for (std::size_t i = 1; i < files.size(); ++i) std::remove(files[i].second.c_str());
+  rmdir(folder);
+  return 0;
+}
