@@ -2,6 +2,8 @@
 
 #include <unordered_map>
 
+#include "tokenize/token_patterns.h"
+
 namespace quillon::lingomat {
 namespace {
 
@@ -43,6 +45,10 @@ template <std::size_t N>
 std::size_t literal(const char* at, const char* end, const char (&text)[N]) {
   return literal(at, end, text, N - 1);
 }
+
+}  // namespace
+
+namespace native {
 
 // "#![^\r\n]+"
 std::size_t shebang_line(const char* at, const char* end) {
@@ -212,12 +218,22 @@ std::size_t attribute_with_value(const char* at, const char* end) {
 std::size_t bare_word(const char* at, const char* end) { return run_of(at, end, is_word); }
 
 // "[^\\]\"" and "[^\\]'"
-template <char Quote>
-std::size_t quoted_value_end(const char* at, const char* end) {
-  return (end - at >= 2 && at[0] != '\\' && at[1] == Quote) ? 2 : kNoMatch;
+std::size_t double_quoted_value_end(const char* at, const char* end) {
+  return (end - at >= 2 && at[0] != '\\' && at[1] == '"') ? 2 : kNoMatch;
+}
+std::size_t single_quoted_value_end(const char* at, const char* end) {
+  return (end - at >= 2 && at[0] != '\\' && at[1] == '\'') ? 2 : kNoMatch;
 }
 
-// Single characters and the block-comment end markers are plain literals.
+std::size_t double_quote(const char* at, const char* end) { return literal(at, end, "\""); }
+std::size_t single_quote(const char* at, const char* end) { return literal(at, end, "'"); }
+std::size_t tag_end(const char* at, const char* end) { return literal(at, end, ">"); }
+
+}  // namespace native
+
+namespace {
+
+// The block-comment end markers are plain literals.
 template <char... Chars>
 std::size_t literal_chars(const char* at, const char* end) {
   static constexpr char text[] = {Chars..., '\0'};
@@ -225,36 +241,19 @@ std::size_t literal_chars(const char* at, const char* end) {
 }
 
 const std::unordered_map<std::string, NativePattern>& native_patterns() {
-  static const std::unordered_map<std::string, NativePattern> patterns = {
-      {"#![^\r\n]+", {shebang_line}},
-      {"\\s*(?:#|//|--|%|\") ", {line_comment, line_comment_fails_through}},
-      {"\n|$", {end_of_line}},
-      {"/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''", {block_comment_start}},
-      {"\\*/", {literal_chars<'*', '/'>}},
-      {"-->", {literal_chars<'-', '-', '>'>}},
-      {"-\\}", {literal_chars<'-', '}'>}},
-      {"\\*\\)", {literal_chars<'*', ')'>}},
-      {"\"\"\"", {literal_chars<'"', '"', '"'>}},
-      {"'''", {literal_chars<'\'', '\'', '\''>}},
-      {"\"", {literal_chars<'"'>}},
-      {"'", {literal_chars<'\''>}},
-      {">", {literal_chars<'>'>}},
-      {"(0x[0-9a-fA-F][0-9a-fA-F.]*|\\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\\d*)?[fFlL]*)", {number}},
-      {"<[^\\s<>][^<>]*>", {tag}},
-      {"[;{}()[\\]]", {bracket}},
-      {"[\\w\\.@#\\/\\*]+", {word}},
-      {"[\\x80-\\xFF]+", {high_bytes}},
-      {"[-+*/%]|<<?|&&?|\\|\\|?", {operator_token}},
-      {"#![ \t]*", {shebang_mark}},
-      {"\\S+", {non_blank_run}},
-      {"[ \t]+", {blanks}},
-      {"[^\r\n]*=\\S+[ \t]+", {env_assignments}},
-      {"<\\/?[^\\s>]+", {tag_opener}},
-      {"\\w+=", {attribute_with_value}},
-      {"\\w+", {bare_word}},
-      {"[^\\\\]\"", {quoted_value_end<'"'>}},
-      {"[^\\\\]'", {quoted_value_end<'\''>}},
-  };
+  static const std::unordered_map<std::string, NativePattern> patterns = [] {
+    std::unordered_map<std::string, NativePattern> table;
+    for (const token_patterns::FixedPattern& pattern : token_patterns::fixed_patterns()) {
+      table[pattern.text] = {pattern.match, pattern.fails_through};
+    }
+    table["\\*/"] = {literal_chars<'*', '/'>};
+    table["-->"] = {literal_chars<'-', '-', '>'>};
+    table["-\\}"] = {literal_chars<'-', '}'>};
+    table["\\*\\)"] = {literal_chars<'*', ')'>};
+    table["\"\"\""] = {literal_chars<'"', '"', '"'>};
+    table["\'\'\'"] = {literal_chars<'\'', '\'', '\''>};
+    return table;
+  }();
   return patterns;
 }
 
