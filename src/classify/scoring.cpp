@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <memory>
 
 #include "classify/classifier.h"
 #include "classify/text_tokens.h"
@@ -13,6 +15,11 @@ double as_double(std::uint64_t count) { return static_cast<double>(count); }
 // hostile text with more distinct tokens builds its extra rows on the fly instead.
 constexpr std::size_t kMaxCachedTerms = std::size_t{1} << 17;
 
+// Two languages' sums side by side (one SSE2 register); each lane is a plain double addition.
+using Lanes = double __attribute__((vector_size(16)));
+constexpr std::size_t kLanes = 2;
+constexpr std::size_t kBlock = 4 * kLanes;  // columns per pass through the text: four registers
+
 }  // namespace
 
 double Classifier::prior(const Language& language) const {
@@ -24,6 +31,8 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
   const std::size_t width = languages.size();
   std::vector<double> sums(width, 0.0);
   if (tokens.positions().empty() || width == 0) return sums;
+  // Rows are padded to whole blocks of columns; the padding is summed and thrown away.
+  const std::size_t stride = (width + kBlock - 1) / kBlock * kBlock;
 
   // Column of each scored language; -1 for the others.
   std::vector<std::int32_t> column(by_index_.size(), -1);
@@ -32,42 +41,74 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
   // Unseen tokens cost the same for every language, so they never change the order.
   const double unseen = std::log(1.0 / as_double(tokens_total_));
   auto fill_row = [&](double* row, std::uint32_t id) {
-    std::fill(row, row + width, unseen);
+    std::fill(row, row + stride, unseen);
     for (std::uint32_t p = posting_starts_[id]; p != posting_starts_[id + 1]; ++p) {
       const std::int32_t at = column[posting_languages_[p]];
       if (at >= 0) row[at] = posting_terms_[p];
     }
   };
 
-  // One row of terms per distinct token; row 0 serves every token the data never saw.
+  // One row of terms per distinct token the data knows; row 0 serves every unseen token.
   constexpr std::uint32_t kOnTheFly = UINT32_MAX;
   const std::vector<std::uint32_t>& ids = tokens.vocabulary_ids();
+  std::size_t known = 0;
+  for (const std::uint32_t id : ids) known += id != Vocabulary::kAbsent;
+  const std::size_t cached = std::min(known, kMaxCachedTerms / stride);
+  // Left uninitialised: every row is filled before it is read.
+  const std::unique_ptr<double[]> rows(new double[(cached + 1) * stride]);
+  std::fill(rows.get(), rows.get() + stride, unseen);
   std::vector<std::uint32_t> row_of(ids.size(), 0);
-  std::vector<double> rows(width, unseen);
+  std::uint32_t next_row = 1;
   for (std::size_t d = 0; d < ids.size(); ++d) {
     if (ids[d] == Vocabulary::kAbsent) continue;
-    if (rows.size() + width > kMaxCachedTerms) {
+    if (next_row > cached) {
       row_of[d] = kOnTheFly;
       continue;
     }
-    row_of[d] = static_cast<std::uint32_t>(rows.size() / width);
-    rows.resize(rows.size() + width);
-    fill_row(rows.data() + rows.size() - width, ids[d]);
+    row_of[d] = next_row;
+    fill_row(rows.get() + std::size_t{next_row} * stride, ids[d]);
+    ++next_row;
   }
 
-  // Terms are added per language in text order, exactly as one lookup per position would.
-  std::vector<double> scratch(width);
-  double* const sum = sums.data();
-  for (const std::uint32_t d : tokens.positions()) {
-    const double* row;
-    if (row_of[d] == kOnTheFly) {
-      fill_row(scratch.data(), ids[d]);
-      row = scratch.data();
-    } else {
-      row = rows.data() + std::size_t{row_of[d]} * width;
+  // Terms are added per language in text order, exactly as one lookup per position would;
+  // the lanes of a block are separate languages, so no addition is reordered.
+  std::vector<double> padded(stride, 0.0);
+  if (known == cached) {
+    // Each block of columns runs through the whole text in registers.
+    std::vector<const double*> position_rows;
+    position_rows.reserve(tokens.positions().size());
+    for (const std::uint32_t d : tokens.positions()) {
+      position_rows.push_back(rows.get() + std::size_t{row_of[d]} * stride);
     }
-    for (std::size_t i = 0; i < width; ++i) sum[i] += row[i];
+    auto load = [](const double* at) {
+      Lanes lanes;
+      std::memcpy(&lanes, at, sizeof lanes);
+      return lanes;
+    };
+    for (std::size_t c = 0; c < stride; c += kBlock) {
+      Lanes s0 = {}, s1 = {}, s2 = {}, s3 = {};
+      for (const double* row : position_rows) {
+        s0 += load(row + c);
+        s1 += load(row + c + 2);
+        s2 += load(row + c + 4);
+        s3 += load(row + c + 6);
+      }
+      const Lanes block[] = {s0, s1, s2, s3};
+      std::memcpy(padded.data() + c, block, sizeof block);
+    }
+  } else {
+    // More distinct tokens than rows kept: rows beyond them are built per position.
+    std::vector<double> scratch(stride);
+    for (const std::uint32_t d : tokens.positions()) {
+      const double* row = rows.get() + std::size_t{row_of[d]} * stride;
+      if (row_of[d] == kOnTheFly) {
+        fill_row(scratch.data(), ids[d]);
+        row = scratch.data();
+      }
+      for (std::size_t c = 0; c < stride; ++c) padded[c] += row[c];
+    }
   }
+  std::copy(padded.begin(), padded.begin() + static_cast<std::ptrdiff_t>(width), sums.begin());
   return sums;
 }
 
@@ -117,16 +158,20 @@ Ranking Classifier::classify(const TextTokens& tokens,
   }
   const std::vector<double> sums = log_likelihoods(tokens, scored);
 
-  ranking.reserve(candidates.size());
+  // Sorted as (score, candidate) pairs, so that names are copied once, into place. Best
+  // first; NaN scores (from zero counts in the data) go last, which keeps the comparison a
+  // strict weak ordering; a stable sort keeps ties in candidate order.
+  std::vector<std::pair<double, const LanguageEntry*>> scores;
+  scores.reserve(candidates.size());
   for (const LanguageEntry* entry : candidates) {
-    ranking.emplace_back(entry->first, sums[column[entry->second.index]] + prior(entry->second));
+    scores.emplace_back(sums[column[entry->second.index]] + prior(entry->second), entry);
   }
-  // Best first. NaN scores (from zero counts in the data) go last, which keeps the comparison
-  // a strict weak ordering; a stable sort keeps ties in candidate order.
-  std::stable_sort(ranking.begin(), ranking.end(), [](const auto& a, const auto& b) {
-    return a.second > b.second || (std::isnan(b.second) && !std::isnan(a.second));
+  std::stable_sort(scores.begin(), scores.end(), [](const auto& a, const auto& b) {
+    return a.first > b.first || (std::isnan(b.first) && !std::isnan(a.first));
   });
-  if (max_results_ != 0 && max_results_ < ranking.size()) ranking.resize(max_results_);
+  if (max_results_ != 0 && max_results_ < scores.size()) scores.resize(max_results_);
+  ranking.reserve(scores.size());
+  for (const auto& [score, entry] : scores) ranking.emplace_back(entry->first, score);
   return ranking;
 }
 

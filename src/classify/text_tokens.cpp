@@ -11,7 +11,11 @@ std::uint32_t TextTokens::distinct_index(std::string_view token, bool& is_new) {
     is_new = false;
     return positions_.back();
   }
-  if (slots_.empty()) slots_.assign(64, kEmpty);
+  if (slots_.empty()) {
+    // Sized for the tokens of an ordinary text, so that it seldom has to grow.
+    slots_.assign(1024, kEmpty);
+    positions_.reserve(512);
+  }
   const std::uint64_t hash = hash_token(token);
   const auto short_hash = static_cast<std::uint32_t>(hash);
   const std::size_t mask = slots_.size() - 1;

@@ -60,12 +60,21 @@ std::size_t shebang_line(const char* at, const char* end) {
 // "\s*(?:#|//|--|%|\") "
 std::size_t line_comment(const char* at, const char* end) {
   const char* p = skip_while(at, end, is_space);
-  std::size_t marker = kNoMatch;
-  for (const char* candidate : {"#", "//", "--", "%", "\""}) {
-    marker = literal(p, end, candidate, std::char_traits<char>::length(candidate));
-    if (marker != kNoMatch) break;
+  if (p == end) return kNoMatch;
+  std::size_t marker = 1;
+  switch (*p) {
+    case '#':
+    case '%':
+    case '"':
+      break;
+    case '/':
+    case '-':
+      if (end - p < 2 || p[1] != p[0]) return kNoMatch;
+      marker = 2;
+      break;
+    default:
+      return kNoMatch;
   }
-  if (marker == kNoMatch) return kNoMatch;
   p += marker;
   if (p == end || *p != ' ') return kNoMatch;
   return static_cast<std::size_t>(p + 1 - at);
@@ -85,11 +94,23 @@ std::size_t end_of_line(const char* at, const char* end) {
 
 // "/\*|<!--|\{-|\(\*|\"\"\"|'''"
 std::size_t block_comment_start(const char* at, const char* end) {
-  for (const char* marker : {"/*", "<!--", "{-", "(*", "\"\"\"", "'''"}) {
-    const std::size_t length = literal(at, end, marker, std::char_traits<char>::length(marker));
-    if (length != kNoMatch) return length;
+  if (at == end) return kNoMatch;
+  switch (*at) {  // the markers start with different bytes
+    case '/':
+      return literal(at, end, "/*");
+    case '<':
+      return literal(at, end, "<!--");
+    case '{':
+      return literal(at, end, "{-");
+    case '(':
+      return literal(at, end, "(*");
+    case '"':
+      return literal(at, end, "\"\"\"");
+    case '\'':
+      return literal(at, end, "\'\'\'");
+    default:
+      return kNoMatch;
   }
-  return kNoMatch;
 }
 
 // "(0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*)"
