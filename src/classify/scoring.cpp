@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "classify/classifier.h"
+#include "classify/term_sums.h"
 #include "classify/text_tokens.h"
 
 namespace quillon::lingomat {
@@ -15,10 +16,7 @@ double as_double(std::uint64_t count) { return static_cast<double>(count); }
 // hostile text with more distinct tokens builds its extra rows on the fly instead.
 constexpr std::size_t kMaxCachedTerms = std::size_t{1} << 17;
 
-// Two languages' sums side by side (one SSE2 register); each lane is a plain double addition.
-using Lanes = double __attribute__((vector_size(16)));
-constexpr std::size_t kLanes = 2;
-constexpr std::size_t kBlock = 4 * kLanes;  // columns per pass through the text: four registers
+constexpr std::size_t kChunk = 1024;  // positions per pass of the sums
 
 }  // namespace
 
@@ -31,8 +29,9 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
   const std::size_t width = languages.size();
   std::vector<double> sums(width, 0.0);
   if (tokens.positions().empty() || width == 0) return sums;
+  const AddRows add_rows = fastest_add_rows();
   // Rows are padded to whole blocks of columns; the padding is summed and thrown away.
-  const std::size_t stride = (width + kBlock - 1) / kBlock * kBlock;
+  const std::size_t stride = (width + kSumBlock - 1) / kSumBlock * kSumBlock;
 
   // Column of each scored language; -1 for the others.
   std::vector<std::int32_t> column(by_index_.size(), -1);
@@ -74,27 +73,17 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
   // the lanes of a block are separate languages, so no addition is reordered.
   std::vector<double> padded(stride, 0.0);
   if (known == cached) {
-    // Each block of columns runs through the whole text in registers.
-    std::vector<const double*> position_rows;
-    position_rows.reserve(tokens.positions().size());
-    for (const std::uint32_t d : tokens.positions()) {
-      position_rows.push_back(rows.get() + std::size_t{row_of[d]} * stride);
-    }
-    auto load = [](const double* at) {
-      Lanes lanes;
-      std::memcpy(&lanes, at, sizeof lanes);
-      return lanes;
-    };
-    for (std::size_t c = 0; c < stride; c += kBlock) {
-      Lanes s0 = {}, s1 = {}, s2 = {}, s3 = {};
-      for (const double* row : position_rows) {
-        s0 += load(row + c);
-        s1 += load(row + c + 2);
-        s2 += load(row + c + 4);
-        s3 += load(row + c + 6);
+    // Each block of columns runs through a chunk of the text in registers; the chunk's row
+    // offsets are worked out once for all blocks.
+    std::uint32_t offsets[kChunk];
+    const std::vector<std::uint32_t>& positions = tokens.positions();
+    for (std::size_t first = 0; first < positions.size(); first += kChunk) {
+      const std::size_t count = std::min(kChunk, positions.size() - first);
+      for (std::size_t i = 0; i < count; ++i) {
+        offsets[i] = static_cast<std::uint32_t>(row_of[positions[first + i]] * stride);
       }
-      const Lanes block[] = {s0, s1, s2, s3};
-      std::memcpy(padded.data() + c, block, sizeof block);
+      for (std::size_t c = 0; c < stride; c += kSumBlock)
+        add_rows(rows.get() + c, offsets, count, padded.data() + c);
     }
   } else {
     // More distinct tokens than rows kept: rows beyond them are built per position.

@@ -42,7 +42,7 @@ void TextTokens::grow() {
   std::vector<std::uint32_t> slots(slots_.size() * 2, kEmpty);
   const std::size_t mask = slots.size() - 1;
   for (std::uint32_t index = 0; index < distinct_.size(); ++index) {
-    std::size_t slot = hash_token(distinct_[index]) & mask;
+    std::size_t slot = short_hashes_[index] & mask;  // the low bits of the full hash
     while (slots[slot] != kEmpty) slot = (slot + 1) & mask;
     slots[slot] = index;
   }

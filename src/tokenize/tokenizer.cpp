@@ -214,6 +214,12 @@ void Tokenizer::extract_sgml_tokens(std::string_view text, TokenSink& sink) cons
   std::size_t word_missing_from = kNever;
   std::string built;  // reused for the tag-name token
   while (!pass.at_end()) {
+    // Every rule below starts with "<", ">" or a word byte; anything else is stepped over.
+    const char next = pass.next();
+    if (next != '<' && next != '>' && pass.match(kBareWord) == 0) {
+      pass.pos += 1;
+      continue;
+    }
     if (const std::size_t opener = pass.match(kTagOpener)) {
       built.assign(pass.take(opener)).push_back('>');
       sink.add_copy(built);

@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "differential_texts.h"
 #include "engine/lingomat.h"
 #include "reference_engine.h"
+#include "sample_texts.h"
 #include "temp_file.h"
 
 namespace quillon::lingomat {
@@ -98,7 +98,7 @@ Pair* ShippedDataFile::defaults_ = nullptr;
 Pair* ShippedDataFile::relaxed_ = nullptr;
 
 TEST_F(ShippedDataFile, RepositorySourcesGiveTheSameResults) {
-  const auto files = testing::repository_files(120);
+  const auto files = testing::repository_files(LINGOMAT_TEST_SOURCE_DIR, 120);
   ASSERT_GT(files.size(), 50u);
   for (const auto& [name, text] : files) {
     expect_same(*defaults_, name, text);
@@ -114,7 +114,8 @@ TEST_F(ShippedDataFile, RandomTextsGiveTheSameResults) {
 }
 
 TEST_F(ShippedDataFile, HostileTextsGiveTheSameResults) {
-  for (const std::string& text : testing::hostile_texts(3000)) {
+  for (const auto& [shape, text] : testing::hostile_texts(3000)) {
+    SCOPED_TRACE(shape);
     expect_same(*defaults_, "x.html", text);
     expect_same(*relaxed_, "", text);
   }
