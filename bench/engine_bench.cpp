@@ -47,16 +47,6 @@ const std::vector<NamedText>& real_files() {
   return files;
 }
 
-long status_kib(const char* field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.rfind(field, 0) == 0) return std::stol(line.substr(std::strlen(field)));
-  }
-  return 0;
-}
-long resident_kib() { return status_kib("VmRSS:"); }
-
 // Heap bytes in use through operator new, and their peak since the last reset.
 std::size_t g_heap_now = 0;
 std::size_t g_heap_peak = 0;
@@ -83,21 +73,32 @@ const reference::Engine& reference_engine() {
   return instance;
 }
 
-// Creation: time and the resident memory it adds, for the engine, the reference and one bare
-// RapidJSON parse of the same file (read whole, then parsed).
+// Heap in use, through malloc or operator new alike.
+double heap_in_use_mib() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<double>(info.uordblks + info.hblkhd) / (1024.0 * 1024.0);
+}
+
+// Creation: time and the heap it keeps, for the engine, the reference and one bare RapidJSON
+// parse of the same file (read whole with one read, then parsed).
 template <typename Make>
 void creation(benchmark::State& state, const char* figure, Make make) {
-  double added_mib = 0;
+  double kept_mib = 0;
   for (auto _ : state) {
-    const long before = resident_kib();
+    const double before = heap_in_use_mib();
     auto made = make();
-    added_mib = static_cast<double>(resident_kib() - before) / 1024.0;
+    kept_mib = heap_in_use_mib() - before;
     benchmark::DoNotOptimize(made.get());
   }
-  state.counters["added_MiB"] = added_mib;
-  state.counters["file_MiB"] =
-      static_cast<double>(std::filesystem::file_size(g_data_file)) / (1024.0 * 1024.0);
-  g_figures[std::string(figure) + " MiB"] = added_mib;
+  state.counters["kept_MiB"] = kept_mib;
+  g_figures[std::string(figure) + " MiB"] = kept_mib;
+}
+
+std::string read_whole(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  std::string text(std::filesystem::file_size(path), '\0');
+  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  return text;
 }
 
 void BM_CreateEngine(benchmark::State& state) {
@@ -109,15 +110,15 @@ void BM_CreateReference(benchmark::State& state) {
 }
 void BM_BareParse(benchmark::State& state) {
   creation(state, "bare parse", [] {
-    const std::string text = quillon::lingomat::testing::read_file(g_data_file);
+    const std::string text = read_whole(g_data_file);
     auto document = std::make_unique<rapidjson::Document>();
     document->Parse(text.c_str());
     return document;
   });
 }
-BENCHMARK(BM_BareParse)->Unit(benchmark::kMillisecond)->Iterations(5);
-BENCHMARK(BM_CreateEngine)->Unit(benchmark::kMillisecond)->Iterations(5);
-BENCHMARK(BM_CreateReference)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_BareParse)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7);
+BENCHMARK(BM_CreateEngine)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7);
+BENCHMARK(BM_CreateReference)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
 
 // Identification over the real files, one call each, as a host makes them.
 template <typename Engine>
@@ -140,10 +141,10 @@ void BM_ReferenceContentOnly(benchmark::State& state) {
 void BM_ReferenceWithFileNames(benchmark::State& state) {
   identify_all(state, reference_engine(), true);
 }
-BENCHMARK(BM_IdentifyContentOnly)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_IdentifyWithFileNames)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ReferenceContentOnly)->Unit(benchmark::kMillisecond)->Iterations(1);
-BENCHMARK(BM_ReferenceWithFileNames)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(BM_IdentifyContentOnly)->Unit(benchmark::kMillisecond)->Repetitions(5);
+BENCHMARK(BM_IdentifyWithFileNames)->Unit(benchmark::kMillisecond)->Repetitions(5);
+BENCHMARK(BM_ReferenceContentOnly)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
+BENCHMARK(BM_ReferenceWithFileNames)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
 
 // Tokenizing with the limits off, so every byte is read: the first 16 KiB of each file keeps
 // the reference's recursive regular expressions within the stack.
@@ -193,9 +194,9 @@ void BM_TokenizeReference(benchmark::State& state) {
     benchmark::DoNotOptimize(reference::extract_tokens(text, {0, 0}));
   });
 }
-BENCHMARK(BM_TokenizeViews)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TokenizeList)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TokenizeReference)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(BM_TokenizeViews)->Unit(benchmark::kMillisecond)->Repetitions(5);
+BENCHMARK(BM_TokenizeList)->Unit(benchmark::kMillisecond)->Repetitions(5);
+BENCHMARK(BM_TokenizeReference)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
 
 // Growth: content-only identification of 1 KiB ... 1 MiB of real text with the limits off.
 // Linear when the time per KiB stays flat.
@@ -237,17 +238,20 @@ void BM_Hostile(benchmark::State& state) {
 }
 BENCHMARK(BM_Hostile)
     ->ArgsProduct({{1, 4, 16}, benchmark::CreateDenseRange(0, 19, 1)})
+    ->MinTime(0.2)
     ->Unit(benchmark::kMillisecond);
 
-// Keeps each run's rate for the summary.
+// Keeps each benchmark's figures for the summary: the median of its repetitions (CPU time,
+// which other work on a shared machine disturbs less than wall time).
 class SummaryReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration) continue;
-      const std::string name = run.benchmark_name();
-      g_figures[name + " ms"] = run.GetAdjustedRealTime();
+      const bool repeated = run.repetitions > 1;
+      if (repeated ? run.aggregate_name != "median" : run.run_type != Run::RT_Iteration) continue;
+      const std::string name = run.run_name.function_name;
+      g_figures[name + " ms"] = run.GetAdjustedCPUTime();
       const auto items = run.counters.find("items_per_second");
       if (items != run.counters.end()) g_figures[name + " /s"] = items->second.value;
       const auto bytes = run.counters.find("bytes_per_second");
@@ -260,30 +264,24 @@ void print_ratio(const char* what, const std::string& mine, const std::string& t
   const auto a = g_figures.find(mine);
   const auto b = g_figures.find(theirs);
   if (a == g_figures.end() || b == g_figures.end() || b->second == 0) return;
-  std::printf("%-46s %12.2f vs %12.2f  (%.2fx)\n", what, a->second, b->second,
+  std::printf("%-36s %12.2f vs %12.2f  ratio %.2f\n", what, a->second, b->second,
               a->second / b->second);
 }
 
 void print_summary() {
-  std::printf("\nSummary (engine vs the straightforward implementation or a bare parse)\n");
-  print_ratio("content only, files/s ", "BM_IdentifyContentOnly /s",
-              "BM_ReferenceContentOnly/iterations:1 /s");
-  print_ratio("with file names, files/s ", "BM_IdentifyWithFileNames /s",
-              "BM_ReferenceWithFileNames/iterations:1 /s");
-  print_ratio("tokenizer, views, MB/s ", "BM_TokenizeViews MB/s",
-              "BM_TokenizeReference/iterations:1 MB/s");
-  print_ratio("tokenizer, list, MB/s ", "BM_TokenizeList MB/s",
-              "BM_TokenizeReference/iterations:1 MB/s");
-  print_ratio("creation ms vs bare parse ", "BM_CreateEngine/iterations:5 ms",
-              "BM_BareParse/iterations:5 ms");
-  print_ratio("creation ms vs reference ", "BM_CreateEngine/iterations:5 ms",
-              "BM_CreateReference/iterations:2 ms");
-  const double file_mib =
+  std::printf("\nSummary, medians (engine vs reference implementation or bare parse)\n");
+  print_ratio("content only, files/s", "BM_IdentifyContentOnly /s", "BM_ReferenceContentOnly /s");
+  print_ratio("with file names, files/s", "BM_IdentifyWithFileNames /s",
+              "BM_ReferenceWithFileNames /s");
+  print_ratio("tokenizer to views, MB/s", "BM_TokenizeViews MB/s", "BM_TokenizeReference MB/s");
+  print_ratio("tokenizer to a list, MB/s", "BM_TokenizeList MB/s", "BM_TokenizeReference MB/s");
+  print_ratio("creation ms vs bare parse", "BM_CreateEngine ms", "BM_BareParse ms");
+  print_ratio("creation ms vs reference", "BM_CreateEngine ms", "BM_CreateReference ms");
+  g_figures["data file MiB"] =
       static_cast<double>(std::filesystem::file_size(g_data_file)) / (1024.0 * 1024.0);
-  g_figures["data file MiB"] = file_mib;
-  print_ratio("added memory MiB vs file size ", "create engine MiB", "data file MiB");
-  print_ratio("added memory MiB vs bare parse ", "create engine MiB", "bare parse MiB");
-  print_ratio("added memory MiB vs reference ", "create engine MiB", "create reference MiB");
+  print_ratio("heap kept MiB vs data file size", "create engine MiB", "data file MiB");
+  print_ratio("heap kept MiB vs bare parse", "create engine MiB", "bare parse MiB");
+  print_ratio("heap kept MiB vs reference", "create engine MiB", "create reference MiB");
 }
 
 }  // namespace

@@ -49,9 +49,24 @@ void Classifier::load(const JsonValue& document) {
   const auto tokens = json_get<JsonConstObject>(document, "tokens");
   const auto languages = json_get<JsonConstObject>(document, "languages");
 
+  // Room for every token up front: the tables are built once, without growing.
+  std::size_t members = 0;
+  std::size_t bytes = 0;
+  for (const auto& language : tokens) {
+    if (!language.value.IsObject()) continue;
+    members += language.value.MemberCount();
+    for (const auto& token : language.value.GetObject()) {
+      if (token.name.IsString()) bytes += token.name.GetStringLength();
+    }
+  }
+  vocabulary_.reserve(members, bytes);
+
   std::vector<const JsonValue*> token_objects;  // per language index
   std::vector<std::uint32_t> member_ids;        // token id of every member, in file order
   std::vector<std::uint32_t> last_language;     // per token id, the language that saw it last
+  member_ids.reserve(members);
+  last_language.reserve(members);
+  posting_starts_.reserve(members + 1);
   for (const auto& member : languages) {
     const std::string name(string_view_of(member.name));
     const std::uint64_t samples = read_count(member.value);
@@ -66,8 +81,23 @@ void Classifier::load(const JsonValue& document) {
       entry->second.index = index;
       by_index_.push_back(&*entry);
       token_objects.push_back(&token_object);
-      for (const auto& token : token_object.GetObject()) {
-        const std::uint32_t id = vocabulary_.intern(string_view_of(token.name));
+      // Hashes run a few members ahead, so that their table slots are loaded in time.
+      constexpr std::size_t kAhead = 8;
+      const auto object = token_object.GetObject();
+      const auto first = object.MemberBegin();
+      const std::size_t count = object.MemberCount();
+      std::uint64_t hashes[kAhead] = {};
+      auto hash_ahead = [&](std::size_t k) {
+        if (!first[k].name.IsString()) return;  // reported when its turn comes
+        hashes[k % kAhead] = hash_token(string_view_of(first[k].name));
+        vocabulary_.prefetch(hashes[k % kAhead]);
+      };
+      for (std::size_t k = 0; k < std::min(kAhead, count); ++k) hash_ahead(k);
+      for (std::size_t i = 0; i < count; ++i) {
+        const auto& token = first[i];
+        const std::uint64_t hash = hashes[i % kAhead];
+        if (i + kAhead < count) hash_ahead(i + kAhead);  // takes the slot just read
+        const std::uint32_t id = vocabulary_.intern(string_view_of(token.name), hash);
         read_count(token.value);
         if (id == last_language.size()) {
           last_language.push_back(kNoLanguage);

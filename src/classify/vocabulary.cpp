@@ -41,8 +41,7 @@ std::uint32_t Vocabulary::find(std::string_view token, std::uint64_t hash) const
   }
 }
 
-std::uint32_t Vocabulary::intern(std::string_view token) {
-  const std::uint64_t hash = hash_token(token);
+std::uint32_t Vocabulary::intern(std::string_view token, std::uint64_t hash) {
   const std::uint32_t short_hash = static_cast<std::uint32_t>(hash);
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = probe_start(hash);
@@ -56,15 +55,25 @@ std::uint32_t Vocabulary::intern(std::string_view token) {
   ends_.push_back(bytes_.size());
   hashes_.push_back(short_hash);
   slots_[slot] = id;
-  if (hashes_.size() * 2 > slots_.size()) grow();  // keep probes short: at most half full
+  // Keep probes short: at most half full.
+  if (hashes_.size() * 2 > slots_.size()) rebuild(slots_.size() * 2);
   return id;
 }
 
-void Vocabulary::grow() {
-  std::vector<std::uint32_t> slots(slots_.size() * 2, kAbsent);
+void Vocabulary::reserve(std::size_t tokens, std::size_t bytes) {
+  bytes_.reserve(bytes);
+  ends_.reserve(tokens);
+  hashes_.reserve(tokens);
+  std::size_t slot_count = slots_.size();
+  while (slot_count < tokens * 2) slot_count *= 2;
+  if (slot_count != slots_.size()) rebuild(slot_count);
+}
+
+void Vocabulary::rebuild(std::size_t slot_count) {
+  std::vector<std::uint32_t> slots(slot_count, kAbsent);
   const std::size_t mask = slots.size() - 1;
   for (std::uint32_t id = 0; id < hashes_.size(); ++id) {
-    std::size_t slot = hash_token(token(id)) & mask;
+    std::size_t slot = hashes_[id] & mask;  // the low bits of the full hash
     while (slots[slot] != kAbsent) slot = (slot + 1) & mask;
     slots[slot] = id;
   }
@@ -72,6 +81,9 @@ void Vocabulary::grow() {
 }
 
 void Vocabulary::shrink_to_fit() {
+  std::size_t slot_count = 16;
+  while (slot_count < hashes_.size() * 2) slot_count *= 2;
+  if (slot_count < slots_.size()) rebuild(slot_count);
   bytes_.shrink_to_fit();
   ends_.shrink_to_fit();
   hashes_.shrink_to_fit();
