@@ -47,21 +47,24 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
     }
   };
 
-  // One row of terms per distinct token the data knows; row 0 serves every unseen token.
-  constexpr std::uint32_t kOnTheFly = UINT32_MAX;
+  // One row of terms per distinct token the data knows, up to a budget; row 0 serves every
+  // unseen token. Tokens beyond the budget get their rows built per chunk of positions, in
+  // the last kChunk rows, which keeps memory bounded whatever the text.
+  constexpr std::uint32_t kPerChunk = UINT32_MAX;
   const std::vector<std::uint32_t>& ids = tokens.vocabulary_ids();
   std::size_t known = 0;
   for (const std::uint32_t id : ids) known += id != Vocabulary::kAbsent;
   const std::size_t cached = std::min(known, kMaxCachedTerms / stride);
+  const std::size_t chunk_rows = known == cached ? 0 : kChunk;
   // Left uninitialised: every row is filled before it is read.
-  const std::unique_ptr<double[]> rows(new double[(cached + 1) * stride]);
+  const std::unique_ptr<double[]> rows(new double[(1 + cached + chunk_rows) * stride]);
   std::fill(rows.get(), rows.get() + stride, unseen);
   std::vector<std::uint32_t> row_of(ids.size(), 0);
   std::uint32_t next_row = 1;
   for (std::size_t d = 0; d < ids.size(); ++d) {
     if (ids[d] == Vocabulary::kAbsent) continue;
     if (next_row > cached) {
-      row_of[d] = kOnTheFly;
+      row_of[d] = kPerChunk;
       continue;
     }
     row_of[d] = next_row;
@@ -70,31 +73,25 @@ std::vector<double> Classifier::log_likelihoods(const TextTokens& tokens,
   }
 
   // Terms are added per language in text order, exactly as one lookup per position would;
-  // the lanes of a block are separate languages, so no addition is reordered.
+  // the lanes of a block are separate languages, so no addition is reordered. Each block of
+  // columns runs through a chunk of the text in registers; the chunk's row offsets are
+  // worked out once for all blocks.
   std::vector<double> padded(stride, 0.0);
-  if (known == cached) {
-    // Each block of columns runs through a chunk of the text in registers; the chunk's row
-    // offsets are worked out once for all blocks.
-    std::uint32_t offsets[kChunk];
-    const std::vector<std::uint32_t>& positions = tokens.positions();
-    for (std::size_t first = 0; first < positions.size(); first += kChunk) {
-      const std::size_t count = std::min(kChunk, positions.size() - first);
-      for (std::size_t i = 0; i < count; ++i) {
-        offsets[i] = static_cast<std::uint32_t>(row_of[positions[first + i]] * stride);
+  std::uint32_t offsets[kChunk];
+  const std::vector<std::uint32_t>& positions = tokens.positions();
+  for (std::size_t first = 0; first < positions.size(); first += kChunk) {
+    const std::size_t count = std::min(kChunk, positions.size() - first);
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint32_t d = positions[first + i];
+      std::size_t row = row_of[d];
+      if (row == kPerChunk) {
+        row = 1 + cached + i;
+        fill_row(rows.get() + row * stride, ids[d]);
       }
-      for (std::size_t c = 0; c < stride; c += kSumBlock)
-        add_rows(rows.get() + c, offsets, count, padded.data() + c);
+      offsets[i] = static_cast<std::uint32_t>(row * stride);
     }
-  } else {
-    // More distinct tokens than rows kept: rows beyond them are built per position.
-    std::vector<double> scratch(stride);
-    for (const std::uint32_t d : tokens.positions()) {
-      const double* row = rows.get() + std::size_t{row_of[d]} * stride;
-      if (row_of[d] == kOnTheFly) {
-        fill_row(scratch.data(), ids[d]);
-        row = scratch.data();
-      }
-      for (std::size_t c = 0; c < stride; ++c) padded[c] += row[c];
+    for (std::size_t c = 0; c < stride; c += kSumBlock) {
+      add_rows(rows.get() + c, offsets, count, padded.data() + c);
     }
   }
   std::copy(padded.begin(), padded.begin() + static_cast<std::ptrdiff_t>(width), sums.begin());

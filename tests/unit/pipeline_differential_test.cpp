@@ -121,6 +121,20 @@ TEST_F(ShippedDataFile, HostileTextsGiveTheSameResults) {
   }
 }
 
+// More distinct known tokens than scoring keeps rows for: the rest are built per chunk.
+TEST_F(ShippedDataFile, ManyDistinctKnownTokensScoreAlike) {
+  const Classifier& classifier = defaults_->engine->classifier();
+  const Vocabulary& vocabulary = classifier.vocabulary();
+  ASSERT_GT(vocabulary.size(), 3000u);
+  std::vector<std::string> tokens;
+  for (std::uint32_t id = 0; id < 6000; ++id) {
+    tokens.emplace_back(vocabulary.token(id % 3000 * (vocabulary.size() / 3000)));
+  }
+  const std::vector<std::string> languages = classifier.languages();
+  EXPECT_TRUE(same_ranking(classifier.classify(tokens, languages),
+                           defaults_->expected->classifier().classify(tokens, languages)));
+}
+
 // Duplicate languages and tokens, zero and negative counts: the odd data must score alike too.
 const char* const kOddData = R"({
   "filenames": {"A": ["Afile"], "B": ["Afile"]},
