@@ -69,6 +69,23 @@ class Pass {
   std::string_view text_;
 };
 
+// Bytes that can begin a match of some rule after the line-start ones: a block-comment
+// marker, a quote, a number, a tag, a bracket, a word, a high byte or an operator. Any other
+// byte away from a line start is stepped over without trying the rules.
+struct RuleStarts {
+  bool table[256] = {};
+  RuleStarts() {
+    for (int c = 0; c < 256; ++c) {
+      const bool word =
+          (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+      table[c] = word || c >= 0x80;
+    }
+    for (const unsigned char c : std::string_view("/<{(\"';})[].@#*-+%&|")) table[c] = true;
+  }
+  bool operator()(char c) const { return table[static_cast<unsigned char>(c)]; }
+};
+const RuleStarts starts_a_rule;
+
 std::string_view after_last_slash(std::string_view path) {
   const auto slash = path.rfind('/');
   return slash == std::string_view::npos ? path : path.substr(slash + 1);
@@ -158,6 +175,10 @@ void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
       }
     }
 
+    if (!starts_a_rule(pass.next())) {
+      pass.pos += 1;
+      continue;
+    }
     if (pass.match(kBlockCommentStart) != 0) {
       for (std::size_t i = 0; i < std::size(kBlockComments); ++i) {
         const std::string_view start = kBlockComments[i].start;
