@@ -1,6 +1,7 @@
 #include "tokenize/tokenizer.h"
 
-#include <cstring>
+#include <algorithm>
+#include <iterator>
 
 #include "tokenize/token_patterns.h"
 
@@ -13,8 +14,8 @@ constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
 constexpr std::size_t kNever = SIZE_MAX;
 
 // The cursor of one pass. A search that found nothing from some position finds nothing from
-// any later one either, so each remembers where it last failed: rules retried at every byte
-// then stay linear instead of rescanning the rest of the text each time.
+// any later one either, so callers keep where each search last failed: rules retried at every
+// byte then stay linear instead of rescanning the rest of the text each time.
 class Pass {
  public:
   explicit Pass(std::string_view text) : text_(text) {}
