@@ -2,6 +2,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "engine/lingomat.h"
 #include "json/json_exception.h"
@@ -102,8 +103,11 @@ LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, u
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
   try {
-    const std::string text(code, codeLength);
-    const std::string name = fileName == nullptr ? std::string() : std::string(fileName);
+    // The caller's buffer is read where it lies; a length no string could hold is still
+    // refused as a bad parameter.
+    if (codeLength > std::string().max_size()) throw std::length_error("buffer length");
+    const std::string_view text(code, codeLength);
+    const std::string_view name = fileName == nullptr ? std::string_view() : fileName;
     const std::string identified = handle->engine.identify(name, text);
     *language = handle->engine.classifier().language_resident_c_str(identified);
     return LINGOMAT_SUCCESS;

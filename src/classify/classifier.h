@@ -6,7 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "classify/vocabulary.h"
+#include "json/json_reader.h"
+
 namespace quillon::lingomat {
+
+class TextTokens;
 
 using Ranking = std::vector<std::pair<std::string, double>>;
 
@@ -21,13 +26,10 @@ class Classifier {
     double min_score_per_token = -8.0;  // read by the engine, not by the classifier
   };
 
-  struct ClassifierLang {
-    std::uint64_t tokens = 0;
-    std::uint64_t samples = 0;
-    std::map<std::string, std::uint64_t, std::less<>> token_counts;  // looked up by view too
-  };
-
+  // Reads the statistics from opts.data_file.
   explicit Classifier(const Opts& opts);
+  // Reads the statistics from a document already parsed from opts.data_file.
+  Classifier(const Opts& opts, const JsonValue& document);
 
   std::vector<std::string> languages() const;
   // Points into the classifier's own copy of the name; valid as long as the classifier.
@@ -39,13 +41,38 @@ class Classifier {
   Ranking classify(const std::vector<std::string>& tokens,
                    const std::vector<std::string>& languages) const;
 
+  // The same ranking for tokens gathered with `vocabulary()`; a null list ranks every language.
+  Ranking classify(const TextTokens& tokens, const std::vector<std::string>* languages) const;
+  const Vocabulary& vocabulary() const { return vocabulary_; }
+
  private:
+  struct Language {
+    std::uint64_t tokens = 0;
+    std::uint64_t samples = 0;
+    std::uint32_t index = 0;  // dense number, for the per-language accumulators
+  };
+  using LanguageEntry = std::pair<const std::string, Language>;
+
+  void load(const JsonValue& document);
+  double prior(const Language& language) const;
+  // Per language index in `languages`, the sum of the token terms in text order.
+  std::vector<double> log_likelihoods(const TextTokens& tokens,
+                                      const std::vector<std::uint32_t>& languages) const;
+
   std::string data_file_;
   std::uint64_t min_tokens_;
   std::uint64_t max_results_;
-  std::map<std::string, ClassifierLang> languages_;
+  std::map<std::string, Language> languages_;  // byte order, and names that never move
+  std::vector<const LanguageEntry*> by_index_;
   std::uint64_t tokens_total_ = 0;
   std::uint64_t languages_total_ = 0;
+
+  // Token id -> the languages that saw it and their ln(count / tokens), computed once here
+  // with the very operations scoring used to repeat, so every score keeps its bits.
+  Vocabulary vocabulary_;
+  std::vector<std::uint32_t> posting_starts_;  // token id -> first posting; one extra at the end
+  std::vector<std::uint32_t> posting_languages_;
+  std::vector<double> posting_terms_;
 };
 
 }  // namespace quillon::lingomat

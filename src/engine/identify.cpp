@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "classify/text_tokens.h"
 #include "engine/lingomat.h"
 
 namespace quillon::lingomat {
@@ -18,15 +19,18 @@ std::vector<std::string> Lingomat::default_restrictions() const {
   return apply_restrictions() ? opts_.restrictions : classifier_.languages();
 }
 
-Ranking Lingomat::identify_by_classifier(const std::string& code,
+Ranking Lingomat::identify_by_classifier(std::string_view code,
                                          const std::vector<std::string>& candidates) const {
-  const std::vector<std::string> tokens = tokenizer_.extract_tokens(code);
-  const std::vector<std::string> names = candidates.empty() ? default_restrictions() : candidates;
+  TextTokens tokens(classifier_.vocabulary());
+  tokenizer_.extract_tokens(code, tokens);
+  // No candidates and no restrictions: every language, without copying their names first.
+  const std::vector<std::string>* names = &candidates;
+  if (candidates.empty()) names = apply_restrictions() ? &opts_.restrictions : nullptr;
   Ranking ranking = classifier_.classify(tokens, names);
 
   const double floor = opts_.classifier.min_score_per_token;
   if (floor != 0.0) {  // -0.0 compares equal too, and also switches the floor off
-    const double count = static_cast<double>(tokens.size());
+    const double count = static_cast<double>(tokens.count());
     // A NaN score per token compares false and is kept.
     ranking.erase(std::remove_if(ranking.begin(), ranking.end(),
                                  [&](const auto& entry) { return floor > entry.second / count; }),
@@ -35,7 +39,7 @@ Ranking Lingomat::identify_by_classifier(const std::string& code,
   return ranking;
 }
 
-std::string Lingomat::identify(const std::string& file_name, const std::string& code) const {
+std::string Lingomat::identify(std::string_view file_name, std::string_view code) const {
   std::vector<std::string> candidates = identify_by_filename(file_name);
   append(candidates, identify_by_shebang(code));
   append(candidates, identify_by_extension(file_name));
@@ -50,6 +54,12 @@ std::string Lingomat::identify(const std::string& file_name, const std::string& 
                      candidates.end());
   }
 
+  // One candidate, however often listed, is the answer whatever the classifier says.
+  if (!candidates.empty() &&
+      std::all_of(candidates.begin(), candidates.end(),
+                  [&](const std::string& name) { return name == candidates.front(); })) {
+    return candidates.front();
+  }
   const Ranking ranking = identify_by_classifier(code, candidates);
   if (!ranking.empty()) return ranking.front().first;
   // The classifier is silent: file name beats interpreter, interpreter beats extension.

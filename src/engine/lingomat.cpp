@@ -26,14 +26,15 @@ void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char 
 
 }  // namespace
 
-Lingomat::Lingomat(const Opts& opts)
-    : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier) {
-  {
-    const JsonDocument document = parse_json_file(opts_.classifier.data_file);
-    build_lookup(filenames_, document, "filenames");
-    build_lookup(extnames_, document, "extnames");
-    build_lookup(interpreters_, document, "interpreters");
-  }
+// The file is read and parsed once: the statistics are checked first, then the lookups, so
+// errors come in the order they always did.
+Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.classifier.data_file)) {}
+
+Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
+    : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, document) {
+  build_lookup(filenames_, document, "filenames");
+  build_lookup(extnames_, document, "extnames");
+  build_lookup(interpreters_, document, "interpreters");
   // Sorted once so that identification can test membership by binary search.
   std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "classify/classifier.h"
@@ -9,7 +10,7 @@
 
 namespace quillon::lingomat {
 
-using LanguageLookup = std::map<std::string, std::vector<std::string>>;
+using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less<>>;
 
 // The identification engine: name lookups from the data file, a tokenizer and
 // a classifier. Never modified after construction, so calls may run concurrently.
@@ -23,13 +24,14 @@ class Lingomat {
 
   explicit Lingomat(const Opts& opts);
 
-  // The language of `code`, or an empty string when nothing was identified.
-  std::string identify(const std::string& file_name, const std::string& code) const;
+  // The language of `code`, or an empty string when nothing was identified. Both are read
+  // where they lie; neither is copied.
+  std::string identify(std::string_view file_name, std::string_view code) const;
 
-  std::vector<std::string> identify_by_filename(const std::string& file_name) const;
-  std::vector<std::string> identify_by_shebang(const std::string& code) const;
-  std::vector<std::string> identify_by_extension(const std::string& file_name) const;
-  Ranking identify_by_classifier(const std::string& code,
+  std::vector<std::string> identify_by_filename(std::string_view file_name) const;
+  std::vector<std::string> identify_by_shebang(std::string_view code) const;
+  std::vector<std::string> identify_by_extension(std::string_view file_name) const;
+  Ranking identify_by_classifier(std::string_view code,
                                  const std::vector<std::string>& candidates) const;
 
   bool apply_restrictions() const;
@@ -40,6 +42,9 @@ class Lingomat {
   const Classifier& classifier() const { return classifier_; }
 
  private:
+  // Builds everything from the one parse of the data file.
+  Lingomat(const Opts& opts, const JsonValue& document);
+
   Opts opts_;
   LanguageLookup filenames_;
   LanguageLookup extnames_;

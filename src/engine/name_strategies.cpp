@@ -3,25 +3,25 @@
 namespace quillon::lingomat {
 namespace {
 
-std::vector<std::string> languages_for(const LanguageLookup& lookup, const std::string& key) {
+std::vector<std::string> languages_for(const LanguageLookup& lookup, std::string_view key) {
   const auto found = lookup.find(key);
   return found == lookup.end() ? std::vector<std::string>() : found->second;
 }
 
 }  // namespace
 
-std::vector<std::string> Lingomat::identify_by_filename(const std::string& file_name) const {
+std::vector<std::string> Lingomat::identify_by_filename(std::string_view file_name) const {
   return languages_for(filenames_, file_name);
 }
 
-std::vector<std::string> Lingomat::identify_by_shebang(const std::string& code) const {
+std::vector<std::string> Lingomat::identify_by_shebang(std::string_view code) const {
   return languages_for(interpreters_, tokenizer_.extract_shebang(code));
 }
 
-std::vector<std::string> Lingomat::identify_by_extension(const std::string& file_name) const {
+std::vector<std::string> Lingomat::identify_by_extension(std::string_view file_name) const {
   // Only the last dot counts, wherever it is: "archive.tar.gz" is looked up as ".gz".
   const auto dot = file_name.rfind('.');
-  if (dot == std::string::npos) return {};
+  if (dot == std::string_view::npos) return {};
   return languages_for(extnames_, file_name.substr(dot));
 }
 

@@ -2,6 +2,8 @@
 
 #include <unordered_map>
 
+#include "tokenize/token_patterns.h"
+
 namespace quillon::lingomat {
 namespace {
 
@@ -44,6 +46,22 @@ std::size_t literal(const char* at, const char* end, const char (&text)[N]) {
   return literal(at, end, text, N - 1);
 }
 
+}  // namespace
+
+namespace native {
+
+// The bytes of the word rule, the commonest: one table lookup per byte.
+const struct WordBytes {
+  bool table[256] = {};
+  WordBytes() {
+    for (int c = 0; c < 256; ++c) {
+      const char byte = static_cast<char>(c);
+      table[c] =
+          is_word(byte) || byte == '.' || byte == '@' || byte == '#' || byte == '/' || byte == '*';
+    }
+  }
+} kWordBytes;
+
 // "#![^\r\n]+"
 std::size_t shebang_line(const char* at, const char* end) {
   if (literal(at, end, "#!") == kNoMatch) return kNoMatch;
@@ -54,12 +72,21 @@ std::size_t shebang_line(const char* at, const char* end) {
 // "\s*(?:#|//|--|%|\") "
 std::size_t line_comment(const char* at, const char* end) {
   const char* p = skip_while(at, end, is_space);
-  std::size_t marker = kNoMatch;
-  for (const char* candidate : {"#", "//", "--", "%", "\""}) {
-    marker = literal(p, end, candidate, std::char_traits<char>::length(candidate));
-    if (marker != kNoMatch) break;
+  if (p == end) return kNoMatch;
+  std::size_t marker = 1;
+  switch (*p) {
+    case '#':
+    case '%':
+    case '"':
+      break;
+    case '/':
+    case '-':
+      if (end - p < 2 || p[1] != p[0]) return kNoMatch;
+      marker = 2;
+      break;
+    default:
+      return kNoMatch;
   }
-  if (marker == kNoMatch) return kNoMatch;
   p += marker;
   if (p == end || *p != ' ') return kNoMatch;
   return static_cast<std::size_t>(p + 1 - at);
@@ -79,11 +106,23 @@ std::size_t end_of_line(const char* at, const char* end) {
 
 // "/\*|<!--|\{-|\(\*|\"\"\"|'''"
 std::size_t block_comment_start(const char* at, const char* end) {
-  for (const char* marker : {"/*", "<!--", "{-", "(*", "\"\"\"", "'''"}) {
-    const std::size_t length = literal(at, end, marker, std::char_traits<char>::length(marker));
-    if (length != kNoMatch) return length;
+  if (at == end) return kNoMatch;
+  switch (*at) {  // the markers start with different bytes
+    case '/':
+      return literal(at, end, "/*");
+    case '<':
+      return literal(at, end, "<!--");
+    case '{':
+      return literal(at, end, "{-");
+    case '(':
+      return literal(at, end, "(*");
+    case '"':
+      return literal(at, end, "\"\"\"");
+    case '\'':
+      return literal(at, end, "\'\'\'");
+    default:
+      return kNoMatch;
   }
-  return kNoMatch;
 }
 
 // "(0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*)"
@@ -138,9 +177,7 @@ std::size_t bracket(const char* at, const char* end) {
 
 // "[\w\.@#\/\*]+"
 std::size_t word(const char* at, const char* end) {
-  return run_of(at, end, [](char c) {
-    return is_word(c) || c == '.' || c == '@' || c == '#' || c == '/' || c == '*';
-  });
+  return run_of(at, end, [](char c) { return kWordBytes.table[static_cast<unsigned char>(c)]; });
 }
 
 // "[\x80-\xFF]+"
@@ -212,12 +249,22 @@ std::size_t attribute_with_value(const char* at, const char* end) {
 std::size_t bare_word(const char* at, const char* end) { return run_of(at, end, is_word); }
 
 // "[^\\]\"" and "[^\\]'"
-template <char Quote>
-std::size_t quoted_value_end(const char* at, const char* end) {
-  return (end - at >= 2 && at[0] != '\\' && at[1] == Quote) ? 2 : kNoMatch;
+std::size_t double_quoted_value_end(const char* at, const char* end) {
+  return (end - at >= 2 && at[0] != '\\' && at[1] == '"') ? 2 : kNoMatch;
+}
+std::size_t single_quoted_value_end(const char* at, const char* end) {
+  return (end - at >= 2 && at[0] != '\\' && at[1] == '\'') ? 2 : kNoMatch;
 }
 
-// Single characters and the block-comment end markers are plain literals.
+std::size_t double_quote(const char* at, const char* end) { return literal(at, end, "\""); }
+std::size_t single_quote(const char* at, const char* end) { return literal(at, end, "'"); }
+std::size_t tag_end(const char* at, const char* end) { return literal(at, end, ">"); }
+
+}  // namespace native
+
+namespace {
+
+// The block-comment end markers are plain literals.
 template <char... Chars>
 std::size_t literal_chars(const char* at, const char* end) {
   static constexpr char text[] = {Chars..., '\0'};
@@ -225,36 +272,19 @@ std::size_t literal_chars(const char* at, const char* end) {
 }
 
 const std::unordered_map<std::string, NativePattern>& native_patterns() {
-  static const std::unordered_map<std::string, NativePattern> patterns = {
-      {"#![^\r\n]+", {shebang_line}},
-      {"\\s*(?:#|//|--|%|\") ", {line_comment, line_comment_fails_through}},
-      {"\n|$", {end_of_line}},
-      {"/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''", {block_comment_start}},
-      {"\\*/", {literal_chars<'*', '/'>}},
-      {"-->", {literal_chars<'-', '-', '>'>}},
-      {"-\\}", {literal_chars<'-', '}'>}},
-      {"\\*\\)", {literal_chars<'*', ')'>}},
-      {"\"\"\"", {literal_chars<'"', '"', '"'>}},
-      {"'''", {literal_chars<'\'', '\'', '\''>}},
-      {"\"", {literal_chars<'"'>}},
-      {"'", {literal_chars<'\''>}},
-      {">", {literal_chars<'>'>}},
-      {"(0x[0-9a-fA-F][0-9a-fA-F.]*|\\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\\d*)?[fFlL]*)", {number}},
-      {"<[^\\s<>][^<>]*>", {tag}},
-      {"[;{}()[\\]]", {bracket}},
-      {"[\\w\\.@#\\/\\*]+", {word}},
-      {"[\\x80-\\xFF]+", {high_bytes}},
-      {"[-+*/%]|<<?|&&?|\\|\\|?", {operator_token}},
-      {"#![ \t]*", {shebang_mark}},
-      {"\\S+", {non_blank_run}},
-      {"[ \t]+", {blanks}},
-      {"[^\r\n]*=\\S+[ \t]+", {env_assignments}},
-      {"<\\/?[^\\s>]+", {tag_opener}},
-      {"\\w+=", {attribute_with_value}},
-      {"\\w+", {bare_word}},
-      {"[^\\\\]\"", {quoted_value_end<'"'>}},
-      {"[^\\\\]'", {quoted_value_end<'\''>}},
-  };
+  static const std::unordered_map<std::string, NativePattern> patterns = [] {
+    std::unordered_map<std::string, NativePattern> table;
+    for (const token_patterns::FixedPattern& pattern : token_patterns::fixed_patterns()) {
+      table[pattern.text] = {pattern.match, pattern.fails_through};
+    }
+    table["\\*/"] = {literal_chars<'*', '/'>};
+    table["-->"] = {literal_chars<'-', '-', '>'>};
+    table["-\\}"] = {literal_chars<'-', '}'>};
+    table["\\*\\)"] = {literal_chars<'*', ')'>};
+    table["\"\"\""] = {literal_chars<'"', '"', '"'>};
+    table["\'\'\'"] = {literal_chars<'\'', '\'', '\''>};
+    return table;
+  }();
   return patterns;
 }
 

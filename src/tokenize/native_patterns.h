@@ -19,7 +19,35 @@ struct NativePattern {
   const char* (*fails_through)(const char* at, const char* end) = nullptr;
 };
 
-// The native matcher for this pattern text, or null when it must go to std::regex.
+// The matchers, one per fixed pattern; token_patterns.h binds each to its pattern text.
+namespace native {
+std::size_t shebang_line(const char* at, const char* end);
+std::size_t line_comment(const char* at, const char* end);
+const char* line_comment_fails_through(const char* at, const char* end);
+std::size_t end_of_line(const char* at, const char* end);
+std::size_t block_comment_start(const char* at, const char* end);
+std::size_t number(const char* at, const char* end);
+std::size_t tag(const char* at, const char* end);
+std::size_t bracket(const char* at, const char* end);
+std::size_t word(const char* at, const char* end);
+std::size_t high_bytes(const char* at, const char* end);
+std::size_t operator_token(const char* at, const char* end);
+std::size_t shebang_mark(const char* at, const char* end);
+std::size_t non_blank_run(const char* at, const char* end);
+std::size_t blanks(const char* at, const char* end);
+std::size_t env_assignments(const char* at, const char* end);
+std::size_t tag_opener(const char* at, const char* end);
+std::size_t attribute_with_value(const char* at, const char* end);
+std::size_t bare_word(const char* at, const char* end);
+std::size_t double_quoted_value_end(const char* at, const char* end);
+std::size_t single_quoted_value_end(const char* at, const char* end);
+std::size_t double_quote(const char* at, const char* end);
+std::size_t single_quote(const char* at, const char* end);
+std::size_t tag_end(const char* at, const char* end);
+}  // namespace native
+
+// The native matcher for this pattern text, or null when it must go to std::regex. Serves the
+// scanner, which takes arbitrary pattern strings; the tokenizer calls its matchers directly.
 const NativePattern* find_native_pattern(const std::string& pattern);
 
 }  // namespace quillon::lingomat

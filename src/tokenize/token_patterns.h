@@ -1,10 +1,13 @@
 #pragma once
 
-#include <string>
+#include <cstddef>
 #include <vector>
 
-// The regular expressions the tokenizer hands to its scanner, in one place so that the
-// scanner's built-in matchers can be checked against every one of them.
+#include "tokenize/native_patterns.h"
+
+// The regular expressions of the tokenizer, each bound to the matcher that stands for it. The
+// tokenizer calls the matchers; the pattern texts say what they match, and the tests check
+// every matcher against std::regex on its text.
 namespace quillon::lingomat::token_patterns {
 
 struct CommentMarkers {
@@ -17,45 +20,60 @@ inline constexpr CommentMarkers kBlockComments[] = {
     {"/*", "*/"}, {"<!--", "-->"}, {"{-", "-}"}, {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"},
 };
 
+struct FixedPattern {
+  const char* text;  // the ECMAScript form
+  std::size_t (*match)(const char* at, const char* end);
+  const char* (*fails_through)(const char* at, const char* end) = nullptr;
+};
+
 // Token extraction.
-inline const std::string kShebangLine = "#![^\r\n]+";
-inline const std::string kLineComment = "\\s*(?:#|//|--|%|\") ";
-inline const std::string kEndOfLine = "\n|$";
-inline const std::string kNumber =
-    R"re((0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*))re";
-inline const std::string kTag = R"re(<[^\s<>][^<>]*>)re";
-inline const std::string kBracket = R"re([;{}()[\]])re";
-inline const std::string kWord = R"re([\w\.@#\/\*]+)re";
-inline const std::string kHighBytes = R"re([\x80-\xFF]+)re";
-inline const std::string kOperator = R"re([-+*/%]|<<?|&&?|\|\|?)re";
+inline constexpr FixedPattern kShebangLine{"#![^\r\n]+", native::shebang_line};
+inline constexpr FixedPattern kLineComment{"\\s*(?:#|//|--|%|\") ", native::line_comment,
+                                           native::line_comment_fails_through};
+inline constexpr FixedPattern kEndOfLine{"\n|$", native::end_of_line};
+inline constexpr FixedPattern kBlockCommentStart{"/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''",
+                                                 native::block_comment_start};
+inline constexpr FixedPattern kNumber{
+    R"re((0x[0-9a-fA-F][0-9a-fA-F.]*|\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\d*)?[fFlL]*))re",
+    native::number};
+inline constexpr FixedPattern kTag{R"re(<[^\s<>][^<>]*>)re", native::tag};
+inline constexpr FixedPattern kBracket{R"re([;{}()[\]])re", native::bracket};
+inline constexpr FixedPattern kWord{R"re([\w\.@#\/\*]+)re", native::word};
+inline constexpr FixedPattern kHighBytes{R"re([\x80-\xFF]+)re", native::high_bytes};
+inline constexpr FixedPattern kOperator{R"re([-+*/%]|<<?|&&?|\|\|?)re", native::operator_token};
+inline constexpr FixedPattern kDoubleQuote{"\"", native::double_quote};
+inline constexpr FixedPattern kSingleQuote{"'", native::single_quote};
 
 // Shebang lines.
-inline const std::string kShebangMark = "#![ \t]*";
-inline const std::string kNonBlankRun = "\\S+";
-inline const std::string kBlanks = "[ \t]+";
-inline const std::string kEnvAssignments = "[^\r\n]*=\\S+[ \t]+";
+inline constexpr FixedPattern kShebangMark{"#![ \t]*", native::shebang_mark};
+inline constexpr FixedPattern kNonBlankRun{"\\S+", native::non_blank_run};
+inline constexpr FixedPattern kBlanks{"[ \t]+", native::blanks};
+inline constexpr FixedPattern kEnvAssignments{"[^\r\n]*=\\S+[ \t]+", native::env_assignments};
 
 // SGML-like tags.
-inline const std::string kTagOpener = R"re(<\/?[^\s>]+)re";
-inline const std::string kAttributeWithValue = R"re(\w+=)re";
-inline const std::string kBareWord = R"re(\w+)re";
-inline const std::string kTagEnd = ">";
+inline constexpr FixedPattern kTagOpener{R"re(<\/?[^\s>]+)re", native::tag_opener};
+inline constexpr FixedPattern kAttributeWithValue{R"re(\w+=)re", native::attribute_with_value};
+inline constexpr FixedPattern kBareWord{R"re(\w+)re", native::bare_word};
+inline constexpr FixedPattern kTagEnd{">", native::tag_end};
 // One byte before the closing quote is required, so an empty quoted value is not closed by
 // its own second quote.
-inline const std::string kDoubleQuotedValueEnd = "[^\\\\]\"";
-inline const std::string kSingleQuotedValueEnd = "[^\\\\]'";
+inline constexpr FixedPattern kDoubleQuotedValueEnd{"[^\\\\]\"", native::double_quoted_value_end};
+inline constexpr FixedPattern kSingleQuotedValueEnd{"[^\\\\]'", native::single_quoted_value_end};
 
-// Every fixed pattern above; the block-comment patterns are built from the markers.
-inline std::vector<std::string> fixed_patterns() {
+// Every fixed pattern above; the block-comment end patterns are built from the markers.
+inline std::vector<FixedPattern> fixed_patterns() {
   return {kShebangLine,
           kLineComment,
           kEndOfLine,
+          kBlockCommentStart,
           kNumber,
           kTag,
           kBracket,
           kWord,
           kHighBytes,
           kOperator,
+          kDoubleQuote,
+          kSingleQuote,
           kShebangMark,
           kNonBlankRun,
           kBlanks,
@@ -65,9 +83,7 @@ inline std::vector<std::string> fixed_patterns() {
           kBareWord,
           kTagEnd,
           kDoubleQuotedValueEnd,
-          kSingleQuotedValueEnd,
-          "\"",
-          "'"};
+          kSingleQuotedValueEnd};
 }
 
 }  // namespace quillon::lingomat::token_patterns

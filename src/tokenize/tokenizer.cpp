@@ -1,6 +1,8 @@
 #include "tokenize/tokenizer.h"
 
-#include "tokenize/string_scanner.h"
+#include <algorithm>
+#include <iterator>
+
 #include "tokenize/token_patterns.h"
 
 namespace quillon::lingomat {
@@ -8,93 +10,265 @@ namespace {
 
 using namespace token_patterns;
 
-// Skips a string literal whose opening quote is at the cursor. A quote preceded by a
-// backslash counts as escaped (an escaped backslash before the quote is misread on purpose).
-// `unterminated_from` remembers where a literal of this quote ran out: every quote after it
-// is escaped, so any literal starting later runs out too, without walking them again.
-void skip_string_literal(StringScanner& scanner, char quote, std::uint64_t& unterminated_from) {
-  scanner.advance();
-  const std::uint64_t start = scanner.pos();
+constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
+constexpr std::size_t kNever = SIZE_MAX;
+
+// The cursor of one pass. A search that found nothing from some position finds nothing from
+// any later one either, so callers keep where each search last failed: rules retried at every
+// byte then stay linear instead of rescanning the rest of the text each time.
+class Pass {
+ public:
+  explicit Pass(std::string_view text) : text_(text) {}
+
+  std::size_t pos = 0;
+
+  bool at_end() const { return pos == text_.size(); }
+  bool line_begin() const { return pos == 0 || text_[pos - 1] == '\n'; }
+  char next() const { return text_[pos]; }
+
+  // Length of a non-empty match of `pattern` at the cursor, or 0; the cursor does not move.
+  std::size_t match(const FixedPattern& pattern) const {
+    const std::size_t length = pattern.match(text_.data() + pos, text_.data() + text_.size());
+    return length == kNoMatch ? 0 : length;
+  }
+  std::string_view take(std::size_t length) {
+    const std::string_view taken = text_.substr(pos, length);
+    pos += length;
+    return taken;
+  }
+
+  // Moves just past the next occurrence of `literal`, or stays when there is none after a
+  // position at or before which it already failed.
+  bool skip_past(std::string_view literal, std::size_t& failed_from) {
+    if (pos >= failed_from) return false;
+    const std::size_t found = text_.find(literal, pos);
+    if (found == std::string_view::npos) {
+      failed_from = pos;
+      return false;
+    }
+    pos = found + literal.size();
+    return true;
+  }
+  // Moves just past the next match of `pattern` that starts at or after the cursor.
+  bool skip_past(const FixedPattern& pattern, std::size_t& failed_from) {
+    if (pos >= failed_from) return false;
+    const char* const end = text_.data() + text_.size();
+    for (const char* at = text_.data() + pos; at != end; ++at) {
+      const std::size_t length = pattern.match(at, end);
+      if (length != kNoMatch) {
+        pos = static_cast<std::size_t>(at - text_.data()) + length;
+        return true;
+      }
+    }
+    failed_from = pos;
+    return false;
+  }
+
+  std::string_view text() const { return text_; }
+
+ private:
+  std::string_view text_;
+};
+
+// Bytes that can begin a match of some rule after the line-start ones: a block-comment
+// marker, a quote, a number, a tag, a bracket, a word, a high byte or an operator. Any other
+// byte away from a line start is stepped over without trying the rules.
+struct RuleStarts {
+  bool table[256] = {};
+  RuleStarts() {
+    for (int c = 0; c < 256; ++c) {
+      const bool word =
+          (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+      table[c] = word || c >= 0x80;
+    }
+    for (const unsigned char c : std::string_view("/<{(\"';})[].@#*-+%&|")) table[c] = true;
+  }
+  bool operator()(char c) const { return table[static_cast<unsigned char>(c)]; }
+};
+const RuleStarts starts_a_rule;
+
+std::string_view after_last_slash(std::string_view path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+// The interpreter of a "#!" line, as a view into the line.
+std::string_view shebang_interpreter(std::string_view text) {
+  Pass pass(text);
+  const std::size_t mark = pass.match(kShebangMark);
+  if (mark == 0) return {};
+  pass.pos += mark;
+  std::string_view name = after_last_slash(pass.take(pass.match(kNonBlankRun)));
+  if (name.empty()) return {};
+  if (name == "env") {
+    pass.pos += pass.match(kBlanks);
+    pass.pos += pass.match(kEnvAssignments);  // NAME=value settings before the program
+    name = after_last_slash(pass.take(pass.match(kNonBlankRun)));
+  }
+  // Version suffixes go: python3 and python2.7 are both python.
+  return name.substr(0, name.find_first_of("0123456789"));
+}
+
+// A string literal whose opening quote is at the cursor. A quote preceded by a backslash
+// counts as escaped (an escaped backslash before the quote is misread on purpose). Once a
+// literal of this quote ran out, every quote after it is escaped, so any literal starting
+// later runs out too, without walking them again.
+void skip_string_literal(Pass& pass, char quote, std::size_t& unterminated_from) {
+  pass.pos += 1;
+  const std::size_t start = pass.pos;
   if (start >= unterminated_from) return;
-  const std::string quote_pattern(1, quote);
+  const std::string_view text = pass.text();
   for (;;) {
-    if (scanner.skip_until(quote_pattern) == 0) {
+    const std::size_t found = text.find(quote, pass.pos);
+    if (found == std::string_view::npos) {
       // Unterminated: only the opening quote is lost; the rest is tokenized as code.
-      scanner.set_pos(start);
+      pass.pos = start;
       unterminated_from = start;
       return;
     }
-    if (scanner.peek(1, -2) != "\\") return;
+    pass.pos = found + 1;
+    if (text[found - 1] != '\\') return;
   }
 }
 
 }  // namespace
 
-Tokenizer::Tokenizer(const Opts& opts) : opts_(opts) {
-  std::string alternation;
-  for (const CommentMarkers& markers : kBlockComments) {
-    const std::string start = StringScanner::pattern_escape(markers.start);
-    const std::string end = StringScanner::pattern_escape(markers.end);
-    if (!multiline_comments_.empty()) alternation += "|";
-    alternation += start;
-    multiline_comments_[markers.start] = end;
-  }
-  multiline_comment_pattern_ = alternation;
+std::vector<std::string> Tokenizer::extract_tokens(std::string_view text) const {
+  TokenList list;
+  extract_tokens(text, list);
+  return std::move(list.tokens);
 }
 
-std::vector<std::string> Tokenizer::extract_tokens(const std::string& text) const {
-  std::vector<std::string> tokens;
-  StringScanner scanner(text);
-  std::uint64_t unterminated_double_quote = UINT64_MAX;
-  std::uint64_t unterminated_single_quote = UINT64_MAX;
+void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
+  Pass pass(text);
+  std::size_t line_comment_fails_from = 1, line_comment_fails_through = 0;  // empty range
+  std::size_t comment_end_missing_from[std::size(kBlockComments)];
+  std::fill(std::begin(comment_end_missing_from), std::end(comment_end_missing_from), kNever);
+  std::size_t unterminated_double_quote = kNever;
+  std::size_t unterminated_single_quote = kNever;
+  std::string built;  // reused for the shebang token
+
   // The limits are checked only between steps, so the last token may end past them.
-  while (!scanner.eos() && !(opts_.max_bytes != 0 && scanner.pos() >= opts_.max_bytes) &&
-         !(opts_.max_tokens != 0 && tokens.size() >= opts_.max_tokens)) {
-    if (scanner.line_begin()) {
-      const std::string shebang_line = scanner.scan(kShebangLine);
-      if (!shebang_line.empty()) {
-        const std::string interpreter = extract_shebang(shebang_line);
-        if (!interpreter.empty()) tokens.push_back("SHEBANG#!" + interpreter);
+  while (!pass.at_end() && !(opts_.max_bytes != 0 && pass.pos >= opts_.max_bytes) &&
+         !(opts_.max_tokens != 0 && sink.count() >= opts_.max_tokens)) {
+    if (pass.line_begin()) {
+      if (const std::size_t line = pass.match(kShebangLine)) {
+        const std::string_view interpreter = shebang_interpreter(pass.take(line));
+        if (!interpreter.empty()) {
+          built.assign("SHEBANG#!").append(interpreter);
+          sink.add_copy(built);
+        }
         continue;
       }
-      if (!scanner.scan(kLineComment).empty()) {
-        scanner.skip_until(kEndOfLine);
-        continue;
+      if (pass.pos < line_comment_fails_from || pass.pos > line_comment_fails_through) {
+        const char* const at = text.data() + pass.pos;
+        const std::size_t comment = kLineComment.match(at, text.data() + text.size());
+        if (comment != kNoMatch) {
+          pass.pos += comment;
+          const std::size_t line_feed = text.find('\n', pass.pos);
+          pass.pos = line_feed == std::string_view::npos ? text.size() : line_feed + 1;
+          continue;
+        }
+        // Every start inside the same leading white space fails alike.
+        line_comment_fails_from = pass.pos;
+        line_comment_fails_through = static_cast<std::size_t>(
+            kLineComment.fails_through(at, text.data() + text.size()) - text.data());
       }
     }
 
-    const std::string comment_start = scanner.scan(multiline_comment_pattern_);
-    if (!comment_start.empty()) {
-      scanner.skip_until(multiline_comments_.at(comment_start));
+    if (!starts_a_rule(pass.next())) {
+      pass.pos += 1;
+      continue;
+    }
+    if (pass.match(kBlockCommentStart) != 0) {
+      for (std::size_t i = 0; i < std::size(kBlockComments); ++i) {
+        const std::string_view start = kBlockComments[i].start;
+        if (text.substr(pass.pos, start.size()) != start) continue;
+        pass.pos += start.size();
+        pass.skip_past(kBlockComments[i].end, comment_end_missing_from[i]);
+        break;
+      }
       continue;
     }
 
-    const std::string next = scanner.peek(1, 0);
-    if (next == "\"" || next == "'") {
-      skip_string_literal(scanner, next[0],
-                          next[0] == '"' ? unterminated_double_quote : unterminated_single_quote);
+    const char next = pass.next();
+    if (next == '"' || next == '\'') {
+      skip_string_literal(pass, next,
+                          next == '"' ? unterminated_double_quote : unterminated_single_quote);
       continue;
     }
 
-    if (!scanner.scan(kNumber).empty()) continue;
-
-    const std::string tag = scanner.scan(kTag);
-    if (!tag.empty()) {
-      for (std::string& token : extract_sgml_tokens(tag)) tokens.push_back(std::move(token));
+    if (const std::size_t number = pass.match(kNumber)) {
+      pass.pos += number;
       continue;
     }
-
-    std::string token = scanner.scan(kBracket);
-    if (token.empty()) token = scanner.scan(kWord);
-    if (token.empty()) token = scanner.scan(kHighBytes);
-    if (token.empty()) token = scanner.scan(kOperator);
-    if (token.empty()) {
-      scanner.advance();
+    if (const std::size_t tag = pass.match(kTag)) {
+      extract_sgml_tokens(pass.take(tag), sink);
+      continue;
+    }
+    std::size_t length = pass.match(kBracket);
+    if (length == 0) length = pass.match(kWord);
+    if (length == 0) length = pass.match(kHighBytes);
+    if (length == 0) length = pass.match(kOperator);
+    if (length == 0) {
+      pass.pos += 1;
     } else {
-      tokens.push_back(std::move(token));
+      sink.add_view(pass.take(length));
     }
   }
-  return tokens;
+}
+
+std::string Tokenizer::extract_shebang(std::string_view text) const {
+  return std::string(shebang_interpreter(text));
+}
+
+std::vector<std::string> Tokenizer::extract_sgml_tokens(std::string_view text) const {
+  TokenList list;
+  extract_sgml_tokens(text, list);
+  return std::move(list.tokens);
+}
+
+// Each token costs a few byte comparisons, so a tag of millions of attributes stays cheap.
+void Tokenizer::extract_sgml_tokens(std::string_view text, TokenSink& sink) const {
+  Pass pass(text);
+  std::size_t double_quoted_end_missing_from = kNever;
+  std::size_t single_quoted_end_missing_from = kNever;
+  std::size_t word_missing_from = kNever;
+  std::string built;  // reused for the tag-name token
+  while (!pass.at_end()) {
+    // Every rule below starts with "<", ">" or a word byte; anything else is stepped over.
+    const char next = pass.next();
+    if (next != '<' && next != '>' && pass.match(kBareWord) == 0) {
+      pass.pos += 1;
+      continue;
+    }
+    if (const std::size_t opener = pass.match(kTagOpener)) {
+      built.assign(pass.take(opener)).push_back('>');
+      sink.add_copy(built);
+      continue;
+    }
+    if (const std::size_t attribute = pass.match(kAttributeWithValue)) {
+      sink.add_view(pass.take(attribute));
+      // The value itself is never a token.
+      const char quote = pass.at_end() ? '\0' : pass.next();
+      if (quote == '"') {
+        pass.pos += 1;
+        pass.skip_past(kDoubleQuotedValueEnd, double_quoted_end_missing_from);
+      } else if (quote == '\'') {
+        pass.pos += 1;
+        pass.skip_past(kSingleQuotedValueEnd, single_quoted_end_missing_from);
+      } else {
+        pass.skip_past(kBareWord, word_missing_from);
+      }
+      continue;
+    }
+    if (const std::size_t word = pass.match(kBareWord)) {
+      sink.add_view(pass.take(word));
+      continue;
+    }
+    if (pass.match(kTagEnd) != 0) break;
+    pass.pos += 1;
+  }
 }
 
 }  // namespace quillon::lingomat

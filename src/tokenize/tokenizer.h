@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "tokenize/token_sink.h"
 
 namespace quillon::lingomat {
 
@@ -15,20 +17,31 @@ class Tokenizer {
     std::uint64_t max_tokens = 500;   // no step starts once this many tokens exist; 0: no limit
   };
 
-  explicit Tokenizer(const Opts& opts);
+  explicit Tokenizer(const Opts& opts) : opts_(opts) {}
 
-  std::vector<std::string> extract_tokens(const std::string& text) const;
+  std::vector<std::string> extract_tokens(std::string_view text) const;
+  // The same tokens, handed over one by one; most are views into `text`.
+  void extract_tokens(std::string_view text, TokenSink& sink) const;
   // The interpreter named on a leading "#!" line, without directories or version digits.
-  std::string extract_shebang(const std::string& text) const;
+  std::string extract_shebang(std::string_view text) const;
   // The tag-name and attribute-name tokens of one SGML-like tag.
-  std::vector<std::string> extract_sgml_tokens(const std::string& text) const;
+  std::vector<std::string> extract_sgml_tokens(std::string_view text) const;
+  void extract_sgml_tokens(std::string_view text, TokenSink& sink) const;
 
   const Opts& opts() const { return opts_; }
 
  private:
   Opts opts_;
-  std::map<std::string, std::string> multiline_comments_;
-  std::string multiline_comment_pattern_;
+};
+
+// Collects tokens as strings, for callers that want the whole list.
+class TokenList : public TokenSink {
+ public:
+  std::vector<std::string> tokens;
+
+ protected:
+  void take_view(std::string_view token) override { tokens.emplace_back(token); }
+  void take_copy(std::string_view token) override { tokens.emplace_back(token); }
 };
 
 }  // namespace quillon::lingomat

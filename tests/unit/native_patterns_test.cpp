@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <regex>
 
@@ -11,15 +12,21 @@
 namespace quillon::lingomat {
 namespace {
 
-// Every pattern the tokenizer passes to the scanner, block-comment ones included.
+using token_patterns::FixedPattern;
+
+// Every pattern the tokenizer uses, block-comment ones included.
 std::vector<std::string> tokenizer_patterns() {
-  std::vector<std::string> patterns = token_patterns::fixed_patterns();
+  std::vector<std::string> patterns;
+  for (const FixedPattern& pattern : token_patterns::fixed_patterns()) {
+    patterns.push_back(pattern.text);
+  }
   std::string starts;
   for (const auto& markers : token_patterns::kBlockComments) {
     starts += (starts.empty() ? "" : "|") + StringScanner::pattern_escape(markers.start);
     patterns.push_back(StringScanner::pattern_escape(markers.end));
   }
-  patterns.push_back(starts);
+  EXPECT_NE(std::find(patterns.begin(), patterns.end(), starts), patterns.end())
+      << "the block-comment start pattern is not the escaped markers joined";
   return patterns;
 }
 
@@ -65,8 +72,19 @@ TEST(NativePatterns, AgreeWithTheRegularExpressionsOnRandomTexts) {
   }
 }
 
+// The tokenizer calls the matchers bound to the pattern objects: each must be the one the
+// scanner finds for its text, so the random comparison above covers them.
+TEST(NativePatterns, TypedPatternsAreBoundToTheirTextsMatchers) {
+  for (const FixedPattern& pattern : token_patterns::fixed_patterns()) {
+    const NativePattern* native = find_native_pattern(pattern.text);
+    ASSERT_NE(native, nullptr) << pattern.text;
+    EXPECT_EQ(native->match, pattern.match) << pattern.text;
+    EXPECT_EQ(native->fails_through, pattern.fails_through) << pattern.text;
+  }
+}
+
 TEST(NativePatterns, NumberSuffixesAndPrefixes) {
-  const NativePattern* number = find_native_pattern(token_patterns::kNumber);
+  const NativePattern* number = find_native_pattern(token_patterns::kNumber.text);
   ASSERT_NE(number, nullptr);
   auto length = [&](const std::string& text) {
     return number->match(text.data(), text.data() + text.size());
@@ -80,7 +98,7 @@ TEST(NativePatterns, NumberSuffixesAndPrefixes) {
 }
 
 TEST(NativePatterns, EnvAssignmentsTakeTheLastSettingOnTheLine) {
-  const NativePattern* assignments = find_native_pattern(token_patterns::kEnvAssignments);
+  const NativePattern* assignments = find_native_pattern(token_patterns::kEnvAssignments.text);
   ASSERT_NE(assignments, nullptr);
   const std::string text = "A=1 B=2 ruby x=y\nC=3 z";
   EXPECT_EQ(assignments->match(text.data(), text.data() + text.size()), 8u);

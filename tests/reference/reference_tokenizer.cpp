@@ -1,0 +1,172 @@
+#include "reference_engine.h"
+
+namespace quillon::lingomat::reference {
+
+std::string Scanner::peek(std::uint64_t count, std::int64_t offset) const {
+  return text_.substr(pos_ + static_cast<std::uint64_t>(offset), count);
+}
+
+const std::regex& Scanner::compiled(const std::string& pattern) {
+  auto found = cache_.find(pattern);
+  if (found == cache_.end()) {
+    found = cache_.emplace(pattern, std::regex(pattern, std::regex_constants::optimize)).first;
+  }
+  return found->second;
+}
+
+std::string Scanner::scan(const std::string& pattern) {
+  const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
+  std::smatch match;
+  if (!std::regex_search(begin, text_.end(), match, compiled(pattern),
+                         std::regex_constants::match_continuous) ||
+      match[0].first != begin) {
+    return std::string();
+  }
+  pos_ += static_cast<std::uint64_t>(match.length(0));
+  return match.str(0);
+}
+
+std::uint64_t Scanner::skip_until(const std::string& pattern) {
+  const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
+  std::smatch match;
+  if (!std::regex_search(begin, text_.end(), match, compiled(pattern))) return 0;
+  const std::uint64_t old_pos = pos_;
+  pos_ = static_cast<std::uint64_t>(match[0].second - text_.begin());
+  return pos_ - old_pos;
+}
+
+std::string Scanner::escape(const std::string& text) {
+  static const std::regex special("[\\\\$.|?*+()[{}^]");
+  return std::regex_replace(text, special, "\\$&");
+}
+
+namespace {
+
+const char* const kComments[][2] = {{"/*", "*/"}, {"<!--", "-->"},      {"{-", "-}"},
+                                    {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
+
+std::string after_last_slash(const std::string& path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+}  // namespace
+
+std::string extract_shebang(const std::string& text) {
+  Scanner scanner(text);
+  if (scanner.scan("#![ \t]*").empty()) return std::string();
+  const std::string path = scanner.scan("\\S+");
+  if (path.empty()) return std::string();
+  std::string name = after_last_slash(path);
+  if (name == "env") {
+    scanner.scan("[ \t]+");
+    scanner.scan("[^\r\n]*=\\S+[ \t]+");
+    name = after_last_slash(scanner.scan("\\S+"));
+  }
+  const auto digit = name.find_first_of("0123456789");
+  if (digit != std::string::npos) name.erase(digit);
+  return name;
+}
+
+std::vector<std::string> extract_sgml_tokens(const std::string& text) {
+  std::vector<std::string> tokens;
+  Scanner scanner(text);
+  while (!scanner.eos()) {
+    const std::string opener = scanner.scan("<\\/?[^\\s>]+");
+    if (!opener.empty()) {
+      tokens.push_back(opener + ">");
+      continue;
+    }
+    const std::string attribute = scanner.scan("\\w+=");
+    if (!attribute.empty()) {
+      tokens.push_back(attribute);
+      const std::string quote = scanner.peek(1, 0);
+      if (quote == "\"") {
+        scanner.scan(quote);
+        scanner.skip_until("[^\\\\]\"");
+      } else if (quote == "'") {
+        scanner.scan(quote);
+        scanner.skip_until("[^\\\\]'");
+      } else {
+        scanner.skip_until("\\w+");
+      }
+      continue;
+    }
+    const std::string word = scanner.scan("\\w+");
+    if (!word.empty()) {
+      tokens.push_back(word);
+      continue;
+    }
+    if (!scanner.scan(">").empty()) break;
+    scanner.advance();
+  }
+  return tokens;
+}
+
+std::vector<std::string> extract_tokens(const std::string& text, const TokenizerOpts& opts) {
+  std::map<std::string, std::string> comment_ends;
+  std::string comment_starts;
+  for (const auto& pair : kComments) {
+    if (!comment_ends.empty()) comment_starts += "|";
+    comment_starts += Scanner::escape(pair[0]);
+    comment_ends[pair[0]] = Scanner::escape(pair[1]);
+  }
+
+  std::vector<std::string> tokens;
+  Scanner scanner(text);
+  while (!scanner.eos() && !(opts.max_bytes != 0 && scanner.pos() >= opts.max_bytes) &&
+         !(opts.max_tokens != 0 && tokens.size() >= opts.max_tokens)) {
+    if (scanner.line_begin()) {
+      const std::string line = scanner.scan("#![^\r\n]+");
+      if (!line.empty()) {
+        const std::string interpreter = extract_shebang(line);
+        if (!interpreter.empty()) tokens.push_back("SHEBANG#!" + interpreter);
+        continue;
+      }
+      if (!scanner.scan("\\s*(?:#|//|--|%|\") ").empty()) {
+        scanner.skip_until("\n|$");
+        continue;
+      }
+    }
+    const std::string comment = scanner.scan(comment_starts);
+    if (!comment.empty()) {
+      scanner.skip_until(comment_ends.at(comment));
+      continue;
+    }
+    const std::string next = scanner.peek(1, 0);
+    if (next == "\"" || next == "'") {
+      scanner.advance();
+      const std::uint64_t start = scanner.pos();
+      for (;;) {
+        if (scanner.skip_until(next) == 0) {
+          scanner.set_pos(start);
+          break;
+        }
+        if (scanner.peek(1, -2) != "\\") break;
+      }
+      continue;
+    }
+    if (!scanner
+             .scan("(0x[0-9a-fA-F][0-9a-fA-F.]*|\\d[0-9.]*)([uU][lL]{0,2}|([eE][-+]\\d*)?[fFlL]*)")
+             .empty()) {
+      continue;
+    }
+    const std::string tag = scanner.scan("<[^\\s<>][^<>]*>");
+    if (!tag.empty()) {
+      for (const std::string& token : extract_sgml_tokens(tag)) tokens.push_back(token);
+      continue;
+    }
+    std::string token = scanner.scan("[;{}()[\\]]");
+    if (token.empty()) token = scanner.scan("[\\w\\.@#\\/\\*]+");
+    if (token.empty()) token = scanner.scan("[\\x80-\\xFF]+");
+    if (token.empty()) token = scanner.scan("[-+*/%]|<<?|&&?|\\|\\|?");
+    if (token.empty()) {
+      scanner.advance();
+    } else {
+      tokens.push_back(token);
+    }
+  }
+  return tokens;
+}
+
+}  // namespace quillon::lingomat::reference

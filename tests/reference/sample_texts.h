@@ -1,0 +1,132 @@
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace quillon::lingomat::testing {
+
+// Texts that the differential tests and the benchmarks feed to the engine.
+
+struct NamedText {
+  std::string name;
+  std::string text;
+};
+
+inline std::string read_file(const std::filesystem::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+// Every regular file under `root`, in a fixed order, named by its file name.
+inline std::vector<NamedText> files_under(const std::filesystem::path& root, std::size_t limit) {
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    if (entry.is_regular_file()) paths.push_back(entry.path());
+  }
+  std::sort(paths.begin(), paths.end());
+  if (paths.size() > limit) paths.resize(limit);
+  std::vector<NamedText> files;
+  for (const auto& path : paths) files.push_back({path.filename().string(), read_file(path)});
+  return files;
+}
+
+// The repository's own sources: real code in several languages, with their file names.
+inline std::vector<NamedText> repository_files(const std::filesystem::path& repository,
+                                               std::size_t limit) {
+  std::vector<NamedText> files;
+  for (const char* folder : {"src", "plugin", "tools", "tests", "bench", "scripts", "docs"}) {
+    const std::filesystem::path root = repository / folder;
+    if (!std::filesystem::exists(root) || files.size() >= limit) continue;
+    for (NamedText& file : files_under(root, limit - files.size())) files.push_back(file);
+  }
+  return files;
+}
+
+// Random texts over the bytes that matter to some tokenizer rule, plus a few that matter to none.
+inline std::vector<std::string> random_texts(std::size_t count, std::size_t max_length,
+                                             unsigned seed) {
+  static const std::string alphabet =
+      std::string("#!/\\\"'<>=-+*%&|.@_;{}()[]0x1e9aFuUlLE \t\r\n\v\f") + "\x80\xC3\xFF" +
+      std::string(1, '\0') + "zZ,abcdefint";
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
+  std::uniform_int_distribution<std::size_t> length(0, max_length);
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::string text;
+    for (std::size_t n = length(random); n > 0; --n) text += alphabet[pick(random)];
+    texts.push_back(text);
+  }
+  return texts;
+}
+
+inline std::string repeat(const std::string& piece, std::size_t times) {
+  std::string text;
+  text.reserve(piece.size() * times);
+  for (std::size_t i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+// Shapes that once cost far more than their size.
+struct HostileShape {
+  const char* name;
+  std::string (*make)(std::size_t size);  // about `size` bytes of the shape
+};
+
+inline const std::vector<HostileShape>& hostile_shapes() {
+  static const std::vector<HostileShape> shapes = {
+      {"one tag, one attribute repeated",
+       [](std::size_t size) { return "<a " + repeat("b ", size / 2) + ">"; }},
+      {"one tag, quoted values",
+       [](std::size_t size) { return "<a " + repeat("b c=\"d\" ", size / 8) + ">"; }},
+      {"one tag, distinct attributes",
+       [](std::size_t size) {
+         std::string text = "<t ";
+         for (std::size_t i = 0; text.size() < size; ++i) text += "x" + std::to_string(i) + " ";
+         return text + ">";
+       }},
+      {"one tag, unclosed quoted value",
+       [](std::size_t size) { return "<a b=\"" + repeat("c ", size / 2) + ">"; }},
+      {"one tag, escaped quotes",
+       [](std::size_t size) { return "<a b='" + repeat("\\' ", size / 3) + ">"; }},
+      {"unclosed string, escaped quotes",
+       [](std::size_t size) { return "\"" + repeat("x \\\" ", size / 5); }},
+      {"escaped quotes", [](std::size_t size) { return repeat("'\\'", size / 3); }},
+      {"unclosed comments", [](std::size_t size) { return repeat("/*", size / 2); }},
+      {"unclosed nested comments",
+       [](std::size_t size) { return repeat("{-", size / 4) + std::string(size / 2, 'x'); }},
+      {"line feeds", [](std::size_t size) { return std::string(size, '\n'); }},
+      {"blank line then comment", [](std::size_t size) { return std::string(size, ' ') + "# x"; }},
+      {"one long word", [](std::size_t size) { return std::string(size, 'a'); }},
+      {"digits", [](std::size_t size) { return std::string(size, '9'); }},
+      {"UTF-8", [](std::size_t size) { return repeat("\xC3\xA9", size / 2); }},
+      {"NUL bytes", [](std::size_t size) { return std::string(size, '\0'); }},
+      {"random bytes",
+       [](std::size_t size) {
+         std::string text(size, '\0');
+         std::mt19937 random(7);
+         for (char& byte : text) byte = static_cast<char>(random());
+         return text;
+       }},
+      {"shebang lines",
+       [](std::size_t size) { return repeat("#!/usr/bin/env python\n", size / 22); }},
+      {"open angles", [](std::size_t size) { return std::string(size, '<'); }},
+      {"one unclosed tag", [](std::size_t size) { return "<" + std::string(size, 'a'); }},
+      {"assignments", [](std::size_t size) { return repeat("a=", size / 2); }},
+  };
+  return shapes;
+}
+
+inline std::vector<NamedText> hostile_texts(std::size_t size) {
+  std::vector<NamedText> texts;
+  for (const HostileShape& shape : hostile_shapes())
+    texts.push_back({shape.name, shape.make(size)});
+  return texts;
+}
+
+}  // namespace quillon::lingomat::testing
