@@ -5,7 +5,6 @@
 #include <new>
 #include <string_view>
 #include <system_error>
-#include <type_traits>
 
 #include <unistd.h>
 
@@ -23,25 +22,6 @@ FileResult failure(std::string reason) {
   return result;
 }
 
-template <typename Engine, typename = void>
-struct TakesTextView : std::false_type {};
-template <typename Engine>
-struct TakesTextView<Engine,
-                     std::void_t<decltype(std::declval<const Engine&>().identify(
-                         std::declval<const std::string&>(), std::declval<std::string_view>()))>>
-    : std::true_type {};
-
-// A mapped input is handed over as it lies, so that only the pages the engine reads are
-// ever loaded; an engine that takes its text only as a string gets a copy.
-template <typename Engine>
-std::string identify_text(const Engine& engine, const std::string& name, std::string_view text) {
-  if constexpr (TakesTextView<Engine>::value) {
-    return engine.identify(name, text);
-  } else {
-    return engine.identify(name, std::string(text));
-  }
-}
-
 FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
@@ -56,7 +36,8 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
   }
   const std::string_view text = read.text.view();
   result.bytes = text.size();
-  result.language = identify_text(engine, item.name, text);
+  // A mapped input is handed over as it lies, so only the pages the engine reads get loaded.
+  result.language = engine.identify(item.name, text);
   if (explain) {
     result.evidence = explain_identification(engine, item.name, std::string(text), result.language);
   }
