@@ -62,6 +62,12 @@ const std::map<std::string, ValueSetter>& value_options() {
          options.only.push_back(value);
          return {};
        }},
+      {"--exclude",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--exclude needs a pattern";
+         options.excludes.push_back(value);
+         return {};
+       }},
       {"--max-bytes", unsigned_setter("max-bytes", &CliOptions::max_bytes)},
       {"--max-tokens", unsigned_setter("max-tokens", &CliOptions::max_tokens)},
       {"--min-tokens", unsigned_setter("min-tokens", &CliOptions::min_tokens)},
@@ -86,12 +92,18 @@ const std::map<std::string, bool CliOptions::*>& flag_options() {
       {"--json", &CliOptions::json},
       {"--explain", &CliOptions::explain},
       {"--summary", &CliOptions::summary},
+      {"--no-ignore", &CliOptions::no_ignore},
+      {"--list-languages", &CliOptions::list_languages},
   };
   return flags;
 }
 
 // Rules that involve more than one option.
 std::string check_combination(const CliOptions& options) {
+  if (options.list_languages) {
+    if (!options.paths.empty()) return "--list-languages takes no PATH";
+    return {};
+  }
   if (options.paths.empty()) return "no PATH given (use '-' for standard input)";
   const auto stdin_count = std::count(options.paths.begin(), options.paths.end(), "-");
   if (stdin_count > 1) return "standard input ('-') can be given only once";
@@ -188,7 +200,8 @@ std::string help_text() {
              "\n"
              "Prints one line per file: the path, a tab, and the language (nothing after the\n"
              "tab when no language was found). Directories are walked recursively, skipping\n"
-             "version-control folders and files that look binary. '-' reads standard input.\n"
+             "version-control folders, what .gitignore and .ignore files exclude, and files\n"
+             "that look binary. '-' reads standard input.\n"
              "\n"
              "Output:\n"
              "      --json           one JSON object per line (language null when unknown)\n"
@@ -199,10 +212,20 @@ std::string help_text() {
              "Identification:\n"
              "      --data FILE      the data file (default: the one shipped with lingomat)\n"
              "      --name NAME      file name to use for standard input\n"
-             "      --only LANG      allow only this language; repeat to allow several\n") +
+             "      --only LANG      restrict the possible answers to LANG (repeat for\n"
+             "                       several): every file is then named LANG or one of\n"
+             "                       the others, or nothing; it does not filter the output.\n"
+             "                       Unknown names are refused (see --list-languages)\n") +
          defaults +
          "\n"
+         "Walking directories:\n"
+         "      --exclude GLOB   leave out walked files and folders whose name or path\n"
+         "                       below the walked directory matches GLOB (repeatable)\n"
+         "      --no-ignore      also walk what .gitignore and .ignore files exclude\n"
+         "\n"
          "Other:\n"
+         "      --list-languages print the data file's languages and their extensions\n"
+         "                       (one JSON object per language with --json), then exit\n"
          "  -j, --jobs N         worker threads (default: one per core)\n"
          "  -h, --help           show this help and exit\n"
          "      --version        show the version and exit\n"

@@ -27,7 +27,10 @@ struct CliOptions {
   std::uint64_t max_tokens = kDefaultMaxTokens;
   std::uint64_t min_tokens = kDefaultMinTokens;
   double min_score = kDefaultMinScore;
-  std::vector<std::string> only;  // allowed languages; empty: all
+  std::vector<std::string> only;      // allowed languages; empty: all
+  std::vector<std::string> excludes;  // globs: walked paths that match are left out
+  bool no_ignore = false;             // walk what .gitignore and .ignore files leave out too
+  bool list_languages = false;
   bool json = false;
   bool explain = false;
   bool summary = false;

@@ -1,5 +1,6 @@
 #include "cli_run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,6 +13,7 @@
 #include "engine_loader.h"
 #include "identify_runner.h"
 #include "input_collector.h"
+#include "language_catalog.h"
 #include "language_summary.h"
 #include "progress_line.h"
 #include "result_output.h"
@@ -41,6 +43,24 @@ unsigned worker_count(const CliOptions& options) {
 
 void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
+// A usage error naming the first --only name the data file does not know, or empty.
+std::string unknown_only_name(const std::vector<std::string>& only,
+                              const std::vector<LanguageEntry>& catalog) {
+  for (const std::string& name : only) {
+    const bool known = std::any_of(catalog.begin(), catalog.end(),
+                                   [&](const LanguageEntry& entry) { return entry.name == name; });
+    if (known) continue;
+    std::string message = "unknown language '" + name + "' for --only";
+    const std::vector<std::string> close = closest_names(name, catalog);
+    for (std::size_t i = 0; i < close.size(); ++i) {
+      message += (i == 0 ? "; did you mean '" : "' or '") + close[i];
+    }
+    if (!close.empty()) message += "'?";
+    return message + " (--list-languages shows every name)";
+  }
+  return {};
+}
+
 }  // namespace
 
 int run_identification(const CliOptions& options) {
@@ -54,8 +74,21 @@ int run_identification(const CliOptions& options) {
     std::fprintf(stderr, "lingomat: %s\n", loaded.error.c_str());
     return kExitUsageOrData;
   }
+  if (options.list_languages || !options.only.empty()) {
+    // The engine has just read this file, so it parses.
+    const std::vector<LanguageEntry> catalog = read_language_catalog(data_file);
+    if (options.list_languages) {
+      write_out(options.json ? catalog_json_lines(catalog) : catalog_text(catalog));
+      return std::fflush(stdout) == 0 ? kExitSuccess : kExitSomeFilesFailed;
+    }
+    if (const std::string unknown = unknown_only_name(options.only, catalog); !unknown.empty()) {
+      std::fprintf(stderr, "lingomat: %s\n", unknown.c_str());
+      return kExitUsageOrData;
+    }
+  }
 
-  const std::vector<InputItem> items = collect_inputs(options.paths, options.stdin_name);
+  const std::vector<InputItem> items =
+      collect_inputs(options.paths, options.stdin_name, {options.excludes, !options.no_ignore});
   ProgressLine progress(stderr, items.size());
   // Only a terminal on standard output shares the line the progress is drawn on.
   const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;

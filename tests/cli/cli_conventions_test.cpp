@@ -1,0 +1,80 @@
+// Conventions of a tree-walking tool: ignore files, excludes, language names and --only.
+#include "cli_harness.h"
+
+namespace lingomat_cli_test {
+namespace {
+
+using ConventionsTest = CliTest;
+
+std::vector<std::string> printed_paths(const std::string& out) {
+  std::vector<std::string> paths;
+  for (const std::string& line : lines_of(out)) paths.push_back(line.substr(0, line.find('\t')));
+  return paths;
+}
+
+TEST_F(ConventionsTest, IgnoreFilesAreHonouredUnlessTurnedOff) {
+  write_file("repo/.gitignore", "# build outputs\nbuild/\n*.be\n!keep.be\n/top.al\n");
+  write_file("repo/sub/.ignore", "local.al\n");
+  write_file("repo/build/out.al", "x\n");
+  write_file("repo/a.be", "x\n");
+  write_file("repo/keep.be", "x\n");
+  write_file("repo/top.al", "x\n");
+  write_file("repo/sub/top.al", "x\n");  // "/top.al" is anchored at the root only
+  write_file("repo/sub/local.al", "x\n");
+  write_file("repo/other/local.al", "x\n");    // the sub folder's rule stays in sub
+  write_file("repo/dir.be/inside.al", "x\n");  // a folder matching "*.be" is left out whole
+  const CliRun walked = run_with_data({path("repo")});
+  EXPECT_EQ(walked.exit_code, 0) << walked.err;
+  EXPECT_EQ(printed_paths(walked.out),
+            (std::vector<std::string>{path("repo/.gitignore"), path("repo/keep.be"),
+                                      path("repo/other/local.al"), path("repo/sub/.ignore"),
+                                      path("repo/sub/top.al")}));
+  const CliRun everything = run_with_data({"--no-ignore", path("repo")});
+  EXPECT_EQ(printed_paths(everything.out).size(), 10u) << everything.out;
+}
+
+TEST_F(ConventionsTest, ExcludeGlobsMatchNamesOrPathsBelowTheWalkedFolder) {
+  write_file("tree/a.al", "x\n");
+  write_file("tree/data/big.json", "x\n");
+  write_file("tree/vendor/lib/b.al", "x\n");
+  write_file("tree/vendor.al", "x\n");
+  const CliRun result =
+      run_with_data({"--exclude", "*.json", "--exclude=vendor/lib", path("tree")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(printed_paths(result.out),
+            (std::vector<std::string>{path("tree/a.al"), path("tree/vendor.al")}));
+  EXPECT_EQ(run_with_data({"--exclude", "", path("tree")}).exit_code, 2);
+}
+
+TEST_F(ConventionsTest, ListLanguagesAsTextAndJson) {
+  const CliRun text = run_with_data({"--list-languages"});
+  EXPECT_EQ(text.exit_code, 0) << text.err;
+  EXPECT_EQ(text.out, "Alpha\t.al\nBeta\t.be .al\n");
+  const CliRun json = run_with_data({"--list-languages", "--json"});
+  const std::vector<std::string> lines = lines_of(json.out);
+  ASSERT_EQ(lines.size(), 2u) << json.out;
+  EXPECT_EQ(lines[0], R"({"name":"Alpha","extensions":[".al"],"filenames":["Alphafile"],)"
+                      R"("interpreters":[],"by_content":true})");
+  EXPECT_EQ(run_with_data({"--list-languages", path("x")}).exit_code, 2);
+}
+
+TEST_F(ConventionsTest, OnlyRefusesUnknownNamesAndSuggestsTheClosest) {
+  const std::string file = write_file("a.be", "x\n");
+  const CliRun lower = run_with_data({"--only", "beta", file});
+  EXPECT_EQ(lower.exit_code, 2);
+  EXPECT_EQ(lower.out, "");
+  EXPECT_NE(lower.err.find("unknown language 'beta' for --only; did you mean 'Beta'?"),
+            std::string::npos)
+      << lower.err;
+  const CliRun far = run_with_data({"--only", "Fortran", file});
+  EXPECT_EQ(far.exit_code, 2);
+  EXPECT_EQ(far.err.find("did you mean"), std::string::npos) << far.err;
+  // A known name restricts the answers: ".al" means Alpha first, Beta second.
+  const std::string both = write_file("b.al", "x\n");
+  const CliRun known = run_with_data({"--only", "Beta", both});
+  EXPECT_EQ(known.exit_code, 0) << known.err;
+  EXPECT_EQ(known.out, both + "\tBeta\n");
+}
+
+}  // namespace
+}  // namespace lingomat_cli_test
