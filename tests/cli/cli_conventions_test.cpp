@@ -76,5 +76,29 @@ TEST_F(ConventionsTest, OnlyRefusesUnknownNamesAndSuggestsTheClosest) {
   EXPECT_EQ(known.out, both + "\tBeta\n");
 }
 
+TEST_F(ConventionsTest, FilesFromAListOrStandardInputWithNulSeparators) {
+  const std::string a = write_file("a.al", "x\n");
+  const std::string odd = write_file("line\nbreak.be", "x\n");
+  write_file("tree/c.be", "x\n");
+  const std::string list = write_file("list.txt", a + "\n\n" + path("tree") + "\n");
+  const CliRun from_file = run_with_data({"--files-from", list});
+  EXPECT_EQ(from_file.exit_code, 0) << from_file.err;
+  EXPECT_EQ(from_file.out, a + "\tAlpha\n" + path("tree/c.be") + "\tBeta\n");
+
+  // With -0 a path may hold a line feed, in the list and in the output alike.
+  const CliRun nul = run_with_data({"-0", "--files-from", "-"}, odd + '\0' + a + '\0');
+  EXPECT_EQ(nul.exit_code, 0) << nul.err;
+  EXPECT_EQ(nul.out, a + "\tAlpha" + '\0' + odd + "\tBeta" + '\0');
+}
+
+TEST_F(ConventionsTest, FilesFromProblemsAreUsageErrors) {
+  EXPECT_EQ(run_with_data({"--files-from", path("missing.txt")}).exit_code, 2);
+  EXPECT_EQ(run_with_data({"--files-from", "-", "-"}).exit_code, 2);
+  EXPECT_EQ(run_with_data({"-0", "--explain", path("a.al")}).exit_code, 2);
+  const CliRun empty = run_with_data({"--files-from", write_file("empty.txt", "")});
+  EXPECT_EQ(empty.exit_code, 0) << empty.err;
+  EXPECT_EQ(empty.out, "");
+}
+
 }  // namespace
 }  // namespace lingomat_cli_test

@@ -62,6 +62,12 @@ const std::map<std::string, ValueSetter>& value_options() {
          options.only.push_back(value);
          return {};
        }},
+      {"--files-from",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--files-from needs a file name ('-' for standard input)";
+         options.files_from = value;
+         return {};
+       }},
       {"--exclude",
        [](CliOptions& options, const std::string& value) -> std::string {
          if (value.empty()) return "--exclude needs a pattern";
@@ -94,6 +100,7 @@ const std::map<std::string, bool CliOptions::*>& flag_options() {
       {"--summary", &CliOptions::summary},
       {"--no-ignore", &CliOptions::no_ignore},
       {"--list-languages", &CliOptions::list_languages},
+      {"--null", &CliOptions::null_separated},
   };
   return flags;
 }
@@ -104,9 +111,17 @@ std::string check_combination(const CliOptions& options) {
     if (!options.paths.empty()) return "--list-languages takes no PATH";
     return {};
   }
-  if (options.paths.empty()) return "no PATH given (use '-' for standard input)";
+  if (options.paths.empty() && options.files_from.empty()) {
+    return "no PATH given (use '-' for standard input)";
+  }
   const auto stdin_count = std::count(options.paths.begin(), options.paths.end(), "-");
   if (stdin_count > 1) return "standard input ('-') can be given only once";
+  if (stdin_count > 0 && options.files_from == "-") {
+    return "standard input cannot be both a PATH ('-') and --files-from -";
+  }
+  if (options.null_separated && options.explain && !options.json) {
+    return "-0 and --explain cannot be combined (the explanation spans lines)";
+  }
   if (!options.stdin_name.empty() && stdin_count == 0) {
     return "--name applies to standard input, but '-' is not among the paths";
   }
@@ -138,7 +153,8 @@ ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
       parsed.action = CommandAction::kVersion;
       return parsed;
     }
-    if (const auto flag = flag_options().find(arg); flag != flag_options().end()) {
+    if (const auto flag = flag_options().find(arg == "-0" ? "--null" : arg);
+        flag != flag_options().end()) {
       options.*(flag->second) = true;
       continue;
     }
@@ -219,6 +235,10 @@ std::string help_text() {
          defaults +
          "\n"
          "Walking directories:\n"
+         "      --files-from FILE  also identify the paths listed in FILE, one per line\n"
+         "                       ('-': standard input)\n"
+         "  -0, --null           --files-from lists are NUL-separated, and plain output\n"
+         "                       lines end in NUL with paths written as they are\n"
          "      --exclude GLOB   leave out walked files and folders whose name or path\n"
          "                       below the walked directory matches GLOB (repeatable)\n"
          "      --no-ignore      also walk what .gitignore and .ignore files exclude\n"

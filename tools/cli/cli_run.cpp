@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "common/file_io.h"
 #include "common/parallel.h"
 #include "data_file_locator.h"
 #include "engine_loader.h"
@@ -42,6 +43,28 @@ unsigned worker_count(const CliOptions& options) {
 }
 
 void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+// The paths of a --files-from list, split at line feeds or (with -0) NULs; empty entries
+// are skipped. Sets `error` when the list cannot be read.
+std::vector<std::string> listed_paths(const CliOptions& options, std::string& error) {
+  const tools::ReadResult read = options.files_from == "-"
+                                     ? tools::try_read_descriptor(STDIN_FILENO)
+                                     : tools::try_read_file(options.files_from);
+  if (read.status != tools::ReadStatus::kRead) {
+    error = "cannot read --files-from " + options.files_from + ": " + read.error;
+    return {};
+  }
+  const char separator = options.null_separated ? '\0' : '\n';
+  std::vector<std::string> paths;
+  std::size_t start = 0;
+  while (start < read.content.size()) {
+    std::size_t end = read.content.find(separator, start);
+    if (end == std::string::npos) end = read.content.size();
+    if (end > start) paths.push_back(read.content.substr(start, end - start));
+    start = end + 1;
+  }
+  return paths;
+}
 
 // A usage error naming the first --only name the data file does not know, or empty.
 std::string unknown_only_name(const std::vector<std::string>& only,
@@ -87,8 +110,18 @@ int run_identification(const CliOptions& options) {
     }
   }
 
+  std::vector<std::string> paths = options.paths;
+  if (!options.files_from.empty()) {
+    std::string error;
+    std::vector<std::string> listed = listed_paths(options, error);
+    if (!error.empty()) {
+      std::fprintf(stderr, "lingomat: %s\n", error.c_str());
+      return kExitUsageOrData;
+    }
+    paths.insert(paths.end(), listed.begin(), listed.end());
+  }
   const std::vector<InputItem> items =
-      collect_inputs(options.paths, options.stdin_name, {options.excludes, !options.no_ignore});
+      collect_inputs(paths, options.stdin_name, {options.excludes, !options.no_ignore});
   ProgressLine progress(stderr, items.size());
   // Only a terminal on standard output shares the line the progress is drawn on.
   const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;
@@ -115,7 +148,9 @@ int run_identification(const CliOptions& options) {
               break;
             }
             if (output_on_terminal) progress.clear();
-            write_out(options.json ? json_line(item, result) : text_line(item, result));
+            write_out(options.json             ? json_line(item, result)
+                      : options.null_separated ? null_terminated_line(item, result)
+                                               : text_line(item, result));
             break;
         }
       },

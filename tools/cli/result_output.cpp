@@ -181,6 +181,10 @@ std::string text_line(const InputItem& item, const FileResult& result) {
   return text;
 }
 
+std::string null_terminated_line(const InputItem& item, const FileResult& result) {
+  return item.path + '\t' + result.language + '\0';
+}
+
 std::string json_line(const InputItem& item, const FileResult& result) {
   rapidjson::StringBuffer buffer;
   JsonWriter writer(buffer);
