@@ -100,5 +100,27 @@ TEST_F(ConventionsTest, FilesFromProblemsAreUsageErrors) {
   EXPECT_EQ(empty.out, "");
 }
 
+// `text` (ASCII) as UTF-16 in the given byte order, with or without a byte-order mark.
+std::string utf16(const std::string& text, bool little_endian, bool with_bom) {
+  std::string out = with_bom ? (little_endian ? "\xFF\xFE" : "\xFE\xFF") : "";
+  for (const char c : text) {
+    out += little_endian ? std::string{c, '\0'} : std::string{'\0', c};
+  }
+  return out;
+}
+
+TEST_F(ConventionsTest, Utf16WithAByteOrderMarkIsDecodedNotSkipped) {
+  write_file("tree/le", utf16(words("beta", 5), true, true));
+  write_file("tree/be", utf16(words("beta", 5), false, true));
+  write_file("tree/nobom", utf16(words("beta", 5), true, false));  // binary as far as we know
+  // A surrogate pair, a lone surrogate and an odd last byte decode without harm.
+  write_file("tree/odd",
+             utf16(words("alpha", 5), true, true) + "\x3D\xD8\x00\xDE" + "\x00\xDC" + "x");
+  const CliRun result = run_with_tool_defaults({path("tree")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(result.out, path("tree/be") + "\tBeta\n" + path("tree/le") + "\tBeta\n" +
+                            path("tree/odd") + "\tAlpha\n");
+}
+
 }  // namespace
 }  // namespace lingomat_cli_test

@@ -9,6 +9,7 @@
 
 #include "common/file_io.h"
 #include "common/parallel.h"
+#include "utf16_text.h"
 
 namespace quillon::lingomat::cli {
 
@@ -34,6 +35,7 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
     return result;
   }
   result.bytes = read.content.size();
+  if (starts_with_utf16_bom(read.content)) read.content = utf16_to_utf8(read.content);
   result.language = engine.identify(item.name, read.content);
   if (explain) {
     result.evidence = explain_identification(engine, item.name, read.content, result.language);
