@@ -122,5 +122,40 @@ TEST_F(ConventionsTest, Utf16WithAByteOrderMarkIsDecodedNotSkipped) {
                             path("tree/odd") + "\tAlpha\n");
 }
 
+std::string base64_decoded(const std::string& text) {
+  const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  unsigned bits = 0;
+  int count = 0;
+  for (const char c : text) {
+    if (c == '=') break;
+    bits = (bits << 6) | static_cast<unsigned>(digits.find(c));
+    count += 6;
+    if (count >= 8) {
+      count -= 8;
+      out += static_cast<char>((bits >> count) & 0xFF);
+    }
+  }
+  return out;
+}
+
+TEST_F(ConventionsTest, JsonKeepsPathsThatAreNotUtf8AsTheirBytes) {
+  // Three lengths, so that every padding of the encoding comes up.
+  for (const std::string name : {"caf\xE9.al", "caf\xE9x.al", "caf\xE9xy.al"}) {
+    const std::string file = write_file(name, "x\n");
+    const CliRun result = run_with_data({"--json", file});
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_NE(result.out.find("caf\xEF\xBF\xBD"), std::string::npos) << result.out;
+    const std::string key = "\"path_base64\":\"";
+    const auto start = result.out.find(key);
+    ASSERT_NE(start, std::string::npos) << result.out;
+    const auto end = result.out.find('"', start + key.size());
+    EXPECT_EQ(base64_decoded(result.out.substr(start + key.size(), end - start - key.size())),
+              file);
+  }
+  const CliRun plain = run_with_data({"--json", write_file("plain.al", "x\n")});
+  EXPECT_EQ(plain.out.find("path_base64"), std::string::npos) << plain.out;
+}
+
 }  // namespace
 }  // namespace lingomat_cli_test
