@@ -44,8 +44,8 @@ class TestAnswers:
             assert tiny.identify("alpha alpha common", "x.al") == "Alpha"
             assert tiny.identify("beta beta common", "x.al") == "Beta"
 
-    def test_answers_match_the_command_line_defaults_of_the_library(self, data_file):
-        # Same options as a C host's defaults: a short text gets no classifier answer.
+    def test_library_defaults_leave_short_texts_unanswered(self, data_file):
+        # The C host's defaults: too few tokens for the classifier, and no name to go by.
         with lingomat.Engine(data=data_file) as strict:
             assert strict.identify("x = 1\n") is None
 
