@@ -3,7 +3,9 @@
 # As root it runs apt-get; otherwise it names the packages and stops.
 set -euo pipefail
 
-packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3)
+packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3
+  python3-pip python3-setuptools python3-venv python3-pytest
+  python3-dask python3-distributed python3-pandas)
 missing=()
 for pkg in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then

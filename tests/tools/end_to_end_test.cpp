@@ -102,8 +102,8 @@ TEST_F(EndToEndTest, TrainedDataFileIdentifiesHeldOutSnippets) {
 TEST_F(EndToEndTest, OutputIsByteIdenticalWhateverTheThreadCount) {
   // A Latin-1 sample brings in a token that cannot be stored.
   write_text(samples() + "/C/latin1/caf.c", "int caf\xE9(void) { return 1; }\n");
-  train_ok({"--threads", "1"}, output("one.json"));
-  train_ok({"--threads", "4"}, output("four.json"));
+  train_ok({"--jobs", "1"}, output("one.json"));
+  train_ok({"-j", "4"}, output("four.json"));
   const std::string one = read_text(output("one.json"));
   EXPECT_EQ(one, read_text(output("four.json")));
   EXPECT_FALSE(parse_strict(one).HasParseError());
@@ -113,7 +113,7 @@ TEST_F(EndToEndTest, OutputIsByteIdenticalWhateverTheThreadCount) {
 
 TEST_F(EndToEndTest, EvalJsonReportsBothModesOnTheHeldOutSide) {
   train_ok({"--split", "train"}, output());
-  const CommandResult result = evaluate({"--split", "test", "--json", "--threads", "2"});
+  const CommandResult result = evaluate({"--split", "test", "--json", "--jobs", "2"});
   ASSERT_EQ(result.status, 0) << result.err;
   const auto report = parse_strict(result.out);
   ASSERT_TRUE(report.IsObject());
@@ -300,6 +300,20 @@ TEST_F(EndToEndTest, EvalRejectsUnusableDataFiles) {
   const CommandResult no_tests = evaluate({"--only", "Markdown"});
   EXPECT_EQ(no_tests.status, 1);
   EXPECT_TRUE(contains(no_tests.err, "--only Markdown: samples folder")) << no_tests.err;
+}
+
+TEST(ToolConventions, EveryToolAnswersVersionAndHelpAndTakesJobs) {
+  for (const std::string program : {LINGOMAT_TRAIN_BINARY, LINGOMAT_EVAL_BINARY}) {
+    const std::string name = program.substr(program.rfind('/') + 1);
+    const CommandResult version = run_program(program, {"--version"});
+    EXPECT_EQ(version.status, 0) << name;
+    EXPECT_EQ(version.out, name + " " + LINGOMAT_VERSION + "\n");
+    const CommandResult help = run_program(program, {"--help"});
+    EXPECT_TRUE(contains(help.out, "-j, --jobs N")) << help.out;
+    EXPECT_TRUE(contains(help.out, "--version")) << help.out;
+    EXPECT_EQ(run_program(program, {"--threads", "2"}).status, 2) << name;
+    EXPECT_EQ(run_program(program, {"-j", "0"}).status, 2) << name;
+  }
 }
 
 }  // namespace

@@ -62,6 +62,18 @@ const std::map<std::string, ValueSetter>& value_options() {
          options.only.push_back(value);
          return {};
        }},
+      {"--files-from",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--files-from needs a file name ('-' for standard input)";
+         options.files_from = value;
+         return {};
+       }},
+      {"--exclude",
+       [](CliOptions& options, const std::string& value) -> std::string {
+         if (value.empty()) return "--exclude needs a pattern";
+         options.excludes.push_back(value);
+         return {};
+       }},
       {"--max-bytes", unsigned_setter("max-bytes", &CliOptions::max_bytes)},
       {"--max-tokens", unsigned_setter("max-tokens", &CliOptions::max_tokens)},
       {"--min-tokens", unsigned_setter("min-tokens", &CliOptions::min_tokens)},
@@ -86,15 +98,30 @@ const std::map<std::string, bool CliOptions::*>& flag_options() {
       {"--json", &CliOptions::json},
       {"--explain", &CliOptions::explain},
       {"--summary", &CliOptions::summary},
+      {"--no-ignore", &CliOptions::no_ignore},
+      {"--list-languages", &CliOptions::list_languages},
+      {"--null", &CliOptions::null_separated},
   };
   return flags;
 }
 
 // Rules that involve more than one option.
 std::string check_combination(const CliOptions& options) {
-  if (options.paths.empty()) return "no PATH given (use '-' for standard input)";
+  if (options.list_languages) {
+    if (!options.paths.empty()) return "--list-languages takes no PATH";
+    return {};
+  }
+  if (options.paths.empty() && options.files_from.empty()) {
+    return "no PATH given (use '-' for standard input)";
+  }
   const auto stdin_count = std::count(options.paths.begin(), options.paths.end(), "-");
   if (stdin_count > 1) return "standard input ('-') can be given only once";
+  if (stdin_count > 0 && options.files_from == "-") {
+    return "standard input cannot be both a PATH ('-') and --files-from -";
+  }
+  if (options.null_separated && options.explain && !options.json) {
+    return "-0 and --explain cannot be combined (the explanation spans lines)";
+  }
   if (!options.stdin_name.empty() && stdin_count == 0) {
     return "--name applies to standard input, but '-' is not among the paths";
   }
@@ -126,7 +153,8 @@ ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
       parsed.action = CommandAction::kVersion;
       return parsed;
     }
-    if (const auto flag = flag_options().find(arg); flag != flag_options().end()) {
+    if (const auto flag = flag_options().find(arg == "-0" ? "--null" : arg);
+        flag != flag_options().end()) {
       options.*(flag->second) = true;
       continue;
     }
@@ -188,7 +216,8 @@ std::string help_text() {
              "\n"
              "Prints one line per file: the path, a tab, and the language (nothing after the\n"
              "tab when no language was found). Directories are walked recursively, skipping\n"
-             "version-control folders and files that look binary. '-' reads standard input.\n"
+             "version-control folders, what .gitignore and .ignore files exclude, and files\n"
+             "that look binary. '-' reads standard input.\n"
              "\n"
              "Output:\n"
              "      --json           one JSON object per line (language null when unknown)\n"
@@ -199,10 +228,24 @@ std::string help_text() {
              "Identification:\n"
              "      --data FILE      the data file (default: the one shipped with lingomat)\n"
              "      --name NAME      file name to use for standard input\n"
-             "      --only LANG      allow only this language; repeat to allow several\n") +
+             "      --only LANG      restrict the possible answers to LANG (repeat for\n"
+             "                       several): every file is then named LANG or one of\n"
+             "                       the others, or nothing; it does not filter the output.\n"
+             "                       Unknown names are refused (see --list-languages)\n") +
          defaults +
          "\n"
+         "Walking directories:\n"
+         "      --files-from FILE  also identify the paths listed in FILE, one per line\n"
+         "                       ('-': standard input)\n"
+         "  -0, --null           --files-from lists are NUL-separated, and plain output\n"
+         "                       lines end in NUL with paths written as they are\n"
+         "      --exclude GLOB   leave out walked files and folders whose name or path\n"
+         "                       below the walked directory matches GLOB (repeatable)\n"
+         "      --no-ignore      also walk what .gitignore and .ignore files exclude\n"
+         "\n"
          "Other:\n"
+         "      --list-languages print the data file's languages and their extensions\n"
+         "                       (one JSON object per language with --json), then exit\n"
          "  -j, --jobs N         worker threads (default: one per core)\n"
          "  -h, --help           show this help and exit\n"
          "      --version        show the version and exit\n"

@@ -27,7 +27,12 @@ struct CliOptions {
   std::uint64_t max_tokens = kDefaultMaxTokens;
   std::uint64_t min_tokens = kDefaultMinTokens;
   double min_score = kDefaultMinScore;
-  std::vector<std::string> only;  // allowed languages; empty: all
+  std::vector<std::string> only;      // allowed languages; empty: all
+  std::vector<std::string> excludes;  // globs: walked paths that match are left out
+  bool no_ignore = false;             // walk what .gitignore and .ignore files leave out too
+  bool list_languages = false;
+  std::string files_from;       // a list of paths to add ("-": standard input)
+  bool null_separated = false;  // -0: that list and the plain output use NUL, not line feeds
   bool json = false;
   bool explain = false;
   bool summary = false;

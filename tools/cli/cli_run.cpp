@@ -1,5 +1,6 @@
 #include "cli_run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -7,11 +8,13 @@
 
 #include <unistd.h>
 
+#include "common/file_io.h"
 #include "common/parallel.h"
 #include "data_file_locator.h"
 #include "engine_loader.h"
 #include "identify_runner.h"
 #include "input_collector.h"
+#include "language_catalog.h"
 #include "language_summary.h"
 #include "progress_line.h"
 #include "result_output.h"
@@ -41,6 +44,46 @@ unsigned worker_count(const CliOptions& options) {
 
 void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
+// The paths of a --files-from list, split at line feeds or (with -0) NULs; empty entries
+// are skipped. Sets `error` when the list cannot be read.
+std::vector<std::string> listed_paths(const CliOptions& options, std::string& error) {
+  const tools::ReadResult read = options.files_from == "-"
+                                     ? tools::try_read_descriptor(STDIN_FILENO)
+                                     : tools::try_read_file(options.files_from);
+  if (read.status != tools::ReadStatus::kRead) {
+    error = "cannot read --files-from " + options.files_from + ": " + read.error;
+    return {};
+  }
+  const char separator = options.null_separated ? '\0' : '\n';
+  std::vector<std::string> paths;
+  std::size_t start = 0;
+  while (start < read.content.size()) {
+    std::size_t end = read.content.find(separator, start);
+    if (end == std::string::npos) end = read.content.size();
+    if (end > start) paths.push_back(read.content.substr(start, end - start));
+    start = end + 1;
+  }
+  return paths;
+}
+
+// A usage error naming the first --only name the data file does not know, or empty.
+std::string unknown_only_name(const std::vector<std::string>& only,
+                              const std::vector<LanguageEntry>& catalog) {
+  for (const std::string& name : only) {
+    const bool known = std::any_of(catalog.begin(), catalog.end(),
+                                   [&](const LanguageEntry& entry) { return entry.name == name; });
+    if (known) continue;
+    std::string message = "unknown language '" + name + "' for --only";
+    const std::vector<std::string> close = closest_names(name, catalog);
+    for (std::size_t i = 0; i < close.size(); ++i) {
+      message += (i == 0 ? "; did you mean '" : "' or '") + close[i];
+    }
+    if (!close.empty()) message += "'?";
+    return message + " (--list-languages shows every name)";
+  }
+  return {};
+}
+
 }  // namespace
 
 int run_identification(const CliOptions& options) {
@@ -54,8 +97,31 @@ int run_identification(const CliOptions& options) {
     std::fprintf(stderr, "lingomat: %s\n", loaded.error.c_str());
     return kExitUsageOrData;
   }
+  if (options.list_languages || !options.only.empty()) {
+    // The engine has just read this file, so it parses.
+    const std::vector<LanguageEntry> catalog = read_language_catalog(data_file);
+    if (options.list_languages) {
+      write_out(options.json ? catalog_json_lines(catalog) : catalog_text(catalog));
+      return std::fflush(stdout) == 0 ? kExitSuccess : kExitSomeFilesFailed;
+    }
+    if (const std::string unknown = unknown_only_name(options.only, catalog); !unknown.empty()) {
+      std::fprintf(stderr, "lingomat: %s\n", unknown.c_str());
+      return kExitUsageOrData;
+    }
+  }
 
-  const std::vector<InputItem> items = collect_inputs(options.paths, options.stdin_name);
+  std::vector<std::string> paths = options.paths;
+  if (!options.files_from.empty()) {
+    std::string error;
+    std::vector<std::string> listed = listed_paths(options, error);
+    if (!error.empty()) {
+      std::fprintf(stderr, "lingomat: %s\n", error.c_str());
+      return kExitUsageOrData;
+    }
+    paths.insert(paths.end(), listed.begin(), listed.end());
+  }
+  const std::vector<InputItem> items =
+      collect_inputs(paths, options.stdin_name, {options.excludes, !options.no_ignore});
   ProgressLine progress(stderr, items.size());
   // Only a terminal on standard output shares the line the progress is drawn on.
   const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;
@@ -82,7 +148,9 @@ int run_identification(const CliOptions& options) {
               break;
             }
             if (output_on_terminal) progress.clear();
-            write_out(options.json ? json_line(item, result) : text_line(item, result));
+            write_out(options.json             ? json_line(item, result)
+                      : options.null_separated ? null_terminated_line(item, result)
+                                               : text_line(item, result));
             break;
         }
       },

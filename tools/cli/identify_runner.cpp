@@ -10,6 +10,7 @@
 
 #include "common/input_text.h"
 #include "common/parallel.h"
+#include "utf16_text.h"
 
 namespace quillon::lingomat::cli {
 
@@ -34,9 +35,15 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
     result.outcome = FileOutcome::kSkippedBinary;
     return result;
   }
-  const std::string_view text = read.text.view();
+  std::string_view text = read.text.view();
   result.bytes = text.size();
-  // A mapped input is handed over as it lies, so only the pages the engine reads get loaded.
+  // UTF-16 text is converted (a copy, but such files are small in practice); anything else
+  // is handed over as it lies, so only the pages the engine reads of a mapped file get loaded.
+  std::string converted;
+  if (starts_with_utf16_bom(text)) {
+    converted = utf16_to_utf8(text);
+    text = converted;
+  }
   result.language = engine.identify(item.name, text);
   if (explain) {
     result.evidence = explain_identification(engine, item.name, std::string(text), result.language);

@@ -6,6 +6,8 @@
 #include <map>
 #include <system_error>
 
+#include "walk_filter.h"
+
 namespace quillon::lingomat::cli {
 
 namespace fs = std::filesystem;
@@ -40,11 +42,16 @@ InputItem unlistable_directory(const fs::path& path, const std::error_code& erro
 
 // Regular files below root, following symlinks to files but not to directories
 // (which could loop). Sockets, FIFOs and dangling links are left out.
-void walk_directory(const fs::path& root, std::vector<InputItem>& items) {
-  std::vector<fs::path> pending{root};
+// What the walk filter leaves out is neither listed nor, for a folder, entered.
+void walk_directory(const fs::path& root, const WalkOptions& options,
+                    std::vector<InputItem>& items) {
+  WalkFilter filter(options.excludes, options.honour_ignore_files);
+  // Each folder with its path below the root ("" for the root itself).
+  std::vector<std::pair<fs::path, std::string>> pending{{root, ""}};
   while (!pending.empty()) {
-    const fs::path directory = std::move(pending.back());
+    const auto [directory, relative] = std::move(pending.back());
     pending.pop_back();
+    filter.enter_directory(directory, relative);
     std::error_code error;
     fs::directory_iterator it(directory, error);
     for (; !error && it != fs::directory_iterator(); it.increment(error)) {
@@ -52,13 +59,15 @@ void walk_directory(const fs::path& root, std::vector<InputItem>& items) {
       std::error_code status_error;
       const fs::file_status own = entry.symlink_status(status_error);
       if (status_error) continue;
+      const std::string name = entry.path().filename().string();
+      const std::string below = relative.empty() ? name : relative + '/' + name;
       if (fs::is_directory(own)) {
-        if (!is_version_control_folder(entry.path().filename().string())) {
-          pending.push_back(entry.path());
+        if (!is_version_control_folder(name) && !filter.skipped(below, true)) {
+          pending.emplace_back(entry.path(), below);
         }
       } else if (fs::is_regular_file(own) ||
                  (fs::is_symlink(own) && fs::is_regular_file(entry.status(status_error)))) {
-        items.push_back(walked_file(entry.path()));
+        if (!filter.skipped(below, false)) items.push_back(walked_file(entry.path()));
       }
     }
     if (error) items.push_back(unlistable_directory(directory, error));
@@ -102,7 +111,8 @@ class ItemSet {
 }  // namespace
 
 std::vector<InputItem> collect_inputs(const std::vector<std::string>& paths,
-                                      const std::string& stdin_name) {
+                                      const std::string& stdin_name,
+                                      const WalkOptions& walk_options) {
   ItemSet items;
   for (const std::string& path : paths) {
     if (path == "-") {
@@ -116,7 +126,7 @@ std::vector<InputItem> collect_inputs(const std::vector<std::string>& paths,
     std::error_code error;
     if (fs::is_directory(path, error)) {
       std::vector<InputItem> walked;
-      walk_directory(path, walked);
+      walk_directory(path, walk_options, walked);
       for (InputItem& item : walked) items.add(std::move(item));
       continue;
     }

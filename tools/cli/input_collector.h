@@ -14,10 +14,16 @@ struct InputItem {
   int list_error = 0;        // errno when path is a directory that could not be listed
 };
 
+struct WalkOptions {
+  std::vector<std::string> excludes;  // globs for names or paths below a walked directory
+  bool honour_ignore_files = true;    // .gitignore and .ignore
+};
+
 // Expands the command-line paths (directories recursively) into items sorted
 // by path, byte order, one per file: paths that differ only lexically ("./a"
 // and "a") are one file, and a file named explicitly beats its walked copy.
 std::vector<InputItem> collect_inputs(const std::vector<std::string>& paths,
-                                      const std::string& stdin_name);
+                                      const std::string& stdin_name,
+                                      const WalkOptions& walk_options = {});
 
 }  // namespace quillon::lingomat::cli

@@ -1,6 +1,7 @@
 #include "result_output.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 #include <rapidjson/stringbuffer.h>
@@ -99,6 +100,23 @@ std::string explanation_block(const Evidence& evidence) {
   return text;
 }
 
+std::string base64(const std::string& bytes) {
+  static constexpr char kDigits[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::size_t left = bytes.size() - i;
+    std::uint32_t group = static_cast<std::uint8_t>(bytes[i]) << 16;
+    if (left > 1) group |= static_cast<std::uint8_t>(bytes[i + 1]) << 8;
+    if (left > 2) group |= static_cast<std::uint8_t>(bytes[i + 2]);
+    out += kDigits[(group >> 18) & 63];
+    out += kDigits[(group >> 12) & 63];
+    out += left > 1 ? kDigits[(group >> 6) & 63] : '=';
+    out += left > 2 ? kDigits[group & 63] : '=';
+  }
+  return out;
+}
+
 void write_string(JsonWriter& writer, const std::string& text) {
   const std::string valid = tools::sanitize_utf8(text);
   writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
@@ -181,12 +199,22 @@ std::string text_line(const InputItem& item, const FileResult& result) {
   return text;
 }
 
+std::string null_terminated_line(const InputItem& item, const FileResult& result) {
+  return item.path + '\t' + result.language + '\0';
+}
+
 std::string json_line(const InputItem& item, const FileResult& result) {
   rapidjson::StringBuffer buffer;
   JsonWriter writer(buffer);
   writer.StartObject();
   writer.Key("path");
   write_string(writer, item.path);
+  // JSON strings hold only Unicode; a path that is not UTF-8 also comes as its exact bytes.
+  if (!tools::is_valid_utf8(item.path)) {
+    writer.Key("path_base64");
+    const std::string encoded = base64(item.path);
+    writer.String(encoded.c_str(), static_cast<rapidjson::SizeType>(encoded.size()));
+  }
   writer.Key("language");
   write_string_or_null(writer, result.language);
   if (result.evidence) {

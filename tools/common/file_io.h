@@ -9,7 +9,8 @@ namespace quillon::lingomat::tools {
 // A NUL byte this early means the file is binary, not text in any language.
 inline constexpr std::size_t kBinarySniffBytes = 8192;
 
-// True when the first kBinarySniffBytes of `head` hold a NUL byte.
+// True when the first kBinarySniffBytes of `head` hold a NUL byte, unless `head` starts
+// with a UTF-16 byte-order mark.
 bool looks_binary(std::string_view head);
 
 enum class ReadStatus { kRead, kBinary, kFailed };

@@ -104,6 +104,10 @@ bool OptionParser::parse(int argc, const char* const* argv) {
       continue;
     }
     if (arg == "--help" || arg == "-h") return false;
+    if (arg == "--version") {
+      version_asked_ = true;
+      return false;
+    }
 
     std::string name;
     std::string value;
@@ -157,7 +161,12 @@ std::string OptionParser::help() const {
     text += "\n      " + option.help + "\n";
   }
   text += "  -h, --help\n      Show this help and exit.\n";
+  text += "      --version\n      Show the version and exit.\n";
   return text;
+}
+
+std::string OptionParser::exit_text() const {
+  return version_asked_ ? program_ + " " + LINGOMAT_VERSION + "\n" : help();
 }
 
 }  // namespace quillon::lingomat::tools

@@ -30,10 +30,12 @@ class OptionParser {
   // Positional arguments are required and taken in the order they were added.
   void add_positional(const std::string& metavar, const std::string& help, std::string* target);
 
-  // False when --help was asked for (the caller prints help() and exits 0).
+  // False when --help or --version was asked for (the caller prints exit_text() and exits 0).
   bool parse(int argc, const char* const* argv);
   bool given(const std::string& name) const { return given_.count(name) > 0; }
   std::string help() const;
+  // What the option that ended parse() early asks to print: the help or the version line.
+  std::string exit_text() const;
 
   // Strict conversions used by the typed options, public for reuse.
   static std::uint64_t to_uint(const std::string& option, const std::string& text,
@@ -62,6 +64,7 @@ class OptionParser {
   std::vector<Option> options_;
   std::vector<Positional> positionals_;
   std::set<std::string> given_;
+  bool version_asked_ = false;
 };
 
 }  // namespace quillon::lingomat::tools

@@ -45,14 +45,15 @@ int evaluate(int argc, char** argv) {
   parser.add_strings("only", "LANG", "Evaluate this language's files only; repeat for several.",
                      &config.only);
   split.add_to(parser);
-  parser.add_uint("threads", "N", "Identification threads (default: one per core).", &threads, 1,
+  parser.add_uint("jobs", "N", "Identification threads (default: one per core).", &threads, 1,
                   1024);
+  parser.add_alias('j', "jobs");
   parser.add_uint("confusions", "N", "Confusions listed in the text report (default 20).",
                   &max_confusions);
   parser.add_flag("json", "Print the report as JSON.", &json);
 
   if (!parser.parse(argc, argv)) {
-    std::cout << parser.help();
+    std::cout << parser.exit_text();
     return 0;
   }
   config.split = split.finish();

@@ -52,10 +52,11 @@ int train(int argc, char** argv) {
                      "Build the data file for this language only; repeat for several.",
                      &config.only);
   split.add_to(parser);
-  parser.add_uint("threads", "N", "Tokenizing threads (default: one per core).", &threads, 1, 1024);
+  parser.add_uint("jobs", "N", "Tokenizing threads (default: one per core).", &threads, 1, 1024);
+  parser.add_alias('j', "jobs");
 
   if (!parser.parse(argc, argv)) {
-    std::cout << parser.help();
+    std::cout << parser.exit_text();
     return 0;
   }
   if (config.output_path.empty()) throw lt::UsageError("missing --output FILE");

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# The generated man pages carry every option of the tools' help, and the bash completion
+# offers the tool's options and, after --only, the data file's language names.
+set -euo pipefail
+man_dir=$1
+cli=$2
+data=$3
+completion=$4
+
+for page in "$man_dir"/lingomat.1 "$man_dir"/lingomat-train.1 "$man_dir"/lingomat-eval.1; do
+  help="${page}.help"
+  # The roff with its escapes undone; a fresh machine may have no man program.
+  rendered=$(sed 's/\\-/-/g; s/\\f[BRI]//g; s/\\e/\\/g' "$page")
+  for option in $(grep -oE -- '--[a-z][a-z-]*' "$help" | sort -u); do
+    grep -qF -- "$option" <<<"$rendered" || { echo "$page: $option missing" >&2; exit 1; }
+  done
+done
+
+# The completion runs the tool by the name typed; a wrapper gives it the test's data file.
+bin=$(mktemp -d)
+trap 'rm -rf "$bin"' EXIT
+printf '#!/bin/sh\nexec "%s" --data "%s" "$@"\n' "$cli" "$data" >"$bin/lingomat"
+chmod +x "$bin/lingomat"
+complete_words() {
+  PATH="$bin:$PATH" bash -c 'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1));
+    _lingomat_complete; printf "%s\n" "${COMPREPLY[@]}"' _ "$completion" "$@"
+}
+complete_words lingomat --list- | grep -qx -- --list-languages || { echo "no option completion" >&2; exit 1; }
+complete_words lingomat --only Pyt | grep -qx Python || { echo "no language completion" >&2; exit 1; }
+echo "man pages and completion: ok"

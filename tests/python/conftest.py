@@ -1,0 +1,45 @@
+"""Runs the tests against this checkout's package and built library.
+
+ctest sets LINGOMAT_LIBRARY and LINGOMAT_DATA; run by hand, the build/ tree's are used."""
+
+import os
+import sys
+
+import pytest
+
+_ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
+sys.path.insert(0, os.path.join(_ROOT, "python"))
+os.environ.setdefault("LINGOMAT_LIBRARY",
+                      os.path.join(_ROOT, "build", "plugin", "liblingomatplugin.so.1"))
+os.environ.setdefault("LINGOMAT_DATA", os.path.join(_ROOT, "data", "lingomat.json"))
+
+import lingomat  # noqa: E402  (needs the path above)
+
+
+@pytest.fixture(scope="session")
+def data_file():
+    return os.environ["LINGOMAT_DATA"]
+
+
+@pytest.fixture(scope="session")
+def engine():
+    # Loading the shipped data file is the slow part; one engine serves every read-only test.
+    with lingomat.Engine(min_tokens=1, min_score=0.0) as shared:
+        yield shared
+
+
+@pytest.fixture
+def tiny_data(tmp_path):
+    """A data file of two languages, fast to load, whose answers are easy to predict."""
+    path = tmp_path / "tiny.json"
+    path.write_text("""{
+      "filenames": {"Beta": ["Rulesfile"]},
+      "extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]},
+      "interpreters": {"Beta": ["betash"]},
+      "languages": {"Alpha": 2, "Beta": 2},
+      "language_tokens": {"Alpha": 8, "Beta": 8},
+      "tokens": {"Alpha": {"alpha": 6, "common": 2}, "Beta": {"beta": 6, "common": 2}},
+      "tokens_total": 16,
+      "languages_total": 4
+    }""")
+    return str(path)

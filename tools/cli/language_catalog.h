@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quillon::lingomat::cli {
+
+// One language the data file knows, by name or by content, and how it is recognised.
+struct LanguageEntry {
+  std::string name;  // as the data file spells it
+  std::vector<std::string> extensions;
+  std::vector<std::string> filenames;
+  std::vector<std::string> interpreters;
+  bool has_statistics = false;  // can be told from content alone
+};
+
+// Every language of the data file, sorted by name (byte order). Throws what the
+// engine would for an unreadable or malformed file.
+std::vector<LanguageEntry> read_language_catalog(const std::string& data_file);
+
+// The catalog as a text table ("Name<TAB>.ext .ext" per line) or as JSON lines.
+std::string catalog_text(const std::vector<LanguageEntry>& catalog);
+std::string catalog_json_lines(const std::vector<LanguageEntry>& catalog);
+
+// Up to three known names closest to `unknown`: same letters in another case first, then
+// the smallest edit distances within a third of the name's length.
+std::vector<std::string> closest_names(const std::string& unknown,
+                                       const std::vector<LanguageEntry>& catalog);
+
+}  // namespace quillon::lingomat::cli

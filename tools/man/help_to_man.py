@@ -1,0 +1,63 @@
+#!/usr/bin/python3
+"""Turns a tool's --help text (read from standard input) into a man page (roff on standard
+output), so that the help stays the one source of both.
+
+    lingomat --help | help_to_man.py --name lingomat --version 1.0.0 > lingomat.1
+
+The help's first line is the usage; the lines up to the first blank one describe the tool;
+"Heading:" lines start sections; indented lines that start with "-" name options, and the
+text after two spaces, or on the more indented lines below, explains them."""
+
+import argparse
+import re
+import sys
+
+
+def roff(text):
+    text = text.replace("\\", "\\e").replace("-", "\\-")
+    return "\\&" + text if text.startswith((".", "'")) else text
+
+
+def convert(help_text, name, version):
+    lines = help_text.rstrip("\n").split("\n")
+    usage = re.sub(r"^Usage:\s*", "", lines[0])
+    index = 1
+    summary = []
+    while index < len(lines) and lines[index].strip():
+        summary.append(lines[index].strip())
+        index += 1
+    out = [f'.TH {name.upper()} 1 "" "{name} {version}" "User Commands"',
+           ".SH NAME", f"{roff(name)} \\- {roff(summary[0].rstrip('.') if summary else name)}",
+           ".SH SYNOPSIS", roff(usage), ".SH DESCRIPTION"]
+    out.extend(roff(line) for line in summary)
+    for line in lines[index:]:
+        stripped = line.strip()
+        if not stripped:
+            out.append(".PP")
+        elif not line.startswith(" ") and stripped.endswith(":"):
+            out.append(".SS " + roff(stripped[:-1]))
+        elif line.startswith(" ") and (stripped.startswith("-") or
+                                       re.fullmatch(r"[A-Z][A-Z_.]*", stripped)):
+            match = re.match(r"(\S.*?)(?:\s{2,}(.*))?$", stripped)
+            term, rest = match.group(1), match.group(2) or ""
+            out.extend([".TP", "\\fB" + roff(term) + "\\fR"])
+            if rest:
+                out.append(roff(rest))
+        else:
+            out.append(roff(stripped))
+    return "\n".join(out) + "\n"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("--name", required=True)
+    parser.add_argument("--version", required=True)
+    args = parser.parse_args()
+    help_text = sys.stdin.read()
+    if not help_text.startswith("Usage:"):
+        sys.exit("help_to_man: the help text does not start with 'Usage:'")
+    sys.stdout.write(convert(help_text, args.name, args.version))
+
+
+if __name__ == "__main__":
+    main()
