@@ -3,7 +3,9 @@
 # As root it runs apt-get; otherwise it names the packages and stops.
 set -euo pipefail
 
-packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3)
+# clang and its runtimes build the sanitizer and fuzzing stages; llvm symbolizes their reports.
+packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3
+  clang libclang-rt-14-dev llvm)
 missing=()
 for pkg in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
