@@ -130,9 +130,9 @@ TEST(DataFileCheck, ReportsNonsenseTheEngineAccepts) {
                   "\"x\": {\"a\": [{\"b\": {\"c\": [{\"d\": 1, \"d\": 1}]}}]},\n "
                   "\"tokens_total\""),
        "f:8:36: error: duplicate member name \"d\""},
-      {valid_with("\"Make\": [", "\"Ma\\u0000ke\": ["), "f:2:16: error: member name \"Ma"},
+      {valid_with("\"Make\": [", "\"Ma\\u0000ke\": ["), "f:2:16: error: language name \"Ma"},
       {valid_with("\".py\"", "\".p\xffy\""),
-       "f:3:39: error: string \".p\xef\xbf\xbdy\" is not valid UTF-8"},
+       "f:3:39: error: extension \".p\xef\xbf\xbdy\" is not valid UTF-8"},
   };
   for (const auto& [text, expected] : cases) {
     EXPECT_TRUE(engine_accepts(text)) << expected;
@@ -157,6 +157,12 @@ TEST(DataFileCheck, WarnsOfDataTheEngineNeverUses) {
     ASSERT_EQ(warnings.size(), 1u) << joined(warnings);
     EXPECT_EQ(warnings.front().rfind(expected, 0), 0u) << warnings.front();
   }
+}
+
+// Tokens are bytes the tokenizer may produce from any input, not names.
+TEST(DataFileCheck, TokensMayHoldAnyBytes) {
+  const std::string text = valid_with("\"def\": 3", "\"d\\u0000e\xff\": 3");
+  EXPECT_TRUE(check_data_text(text).problems.empty()) << joined(formatted(text, Severity::kError));
 }
 
 TEST(DataFileCheck, ReportsEveryProblemNotJustTheFirst) {

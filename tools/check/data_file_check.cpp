@@ -1,6 +1,7 @@
 #include "check/data_file_check.h"
 
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -15,6 +16,10 @@ namespace {
 using Kind = JsonNode::Kind;
 
 constexpr const char* kLookupKeys[] = {"filenames", "extnames", "interpreters"};
+constexpr const char* kLookupEntries[] = {"file name", "extension", "interpreter"};
+// Every section whose member names are language names.
+constexpr const char* kLanguageKeys[] = {"filenames", "extnames",        "interpreters",
+                                         "languages", "language_tokens", "tokens"};
 
 std::string quoted(const std::string& text) { return "\"" + sanitize_utf8(text) + "\""; }
 
@@ -27,7 +32,10 @@ class DataFileRules {
       report_.error(root_.offset, std::string("the root is not an object (") + kNotAnObject + ")");
       return;
     }
-    for (const char* key : kLookupKeys) check_lookup(key);
+    check_language_names();
+    for (std::size_t i = 0; i < std::size(kLookupKeys); ++i) {
+      check_lookup(kLookupKeys[i], kLookupEntries[i]);
+    }
     const JsonNode* counts = section("language_tokens", Kind::kObject);
     const JsonNode* tokens = section("tokens", Kind::kObject);
     const JsonNode* samples = section("languages", Kind::kObject);
@@ -60,7 +68,29 @@ class DataFileRules {
     return &member->value;
   }
 
-  void check_lookup(const char* key) {
+  // Names reach a C host, or are matched against its C strings: no NUL, and UTF-8.
+  // Tokens are not checked: they are byte strings, matched against any input.
+  void check_name(std::size_t offset, const std::string& name, const char* what) {
+    if (name.find('\0') != std::string::npos) {
+      report_.error(offset, std::string(what) + " " + quoted(name) +
+                                " holds a NUL byte; a C host would see it cut short there");
+    }
+    if (!is_valid_utf8(name)) {
+      report_.error(offset, std::string(what) + " " + quoted(name) + " is not valid UTF-8");
+    }
+  }
+
+  void check_language_names() {
+    for (const char* key : kLanguageKeys) {
+      const JsonNode::Member* section = root_.find(key);
+      if (section == nullptr || section->value.kind != Kind::kObject) continue;
+      for (const JsonNode::Member& language : section->value.members) {
+        check_name(language.name_offset, language.name, "language name");
+      }
+    }
+  }
+
+  void check_lookup(const char* key, const char* entry) {
     const JsonNode* lookup = section(key, Kind::kObject);
     if (lookup == nullptr) return;
     for (const JsonNode::Member& language : lookup->members) {
@@ -76,6 +106,8 @@ class DataFileRules {
           report_.error(name.offset, std::string("an entry of the ") + key + " of " +
                                          quoted(language.name) + " is not a string (" +
                                          kNotAString + ")");
+        } else {
+          check_name(name.offset, name.text, entry);
         }
       }
       if (!language.value.elements.empty()) lookup_languages_.push_back(&language);

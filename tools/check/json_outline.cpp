@@ -41,7 +41,6 @@ class OutlineBuilder {
 
   bool String(const char* data, rapidjson::SizeType length, bool) {
     const std::size_t offset = token_start();
-    check_string(offset, std::string_view(data, length), "string");
     JsonNode* node = add_node(JsonNode::Kind::kString, offset);
     if (node != nullptr) node->text.assign(data, length);
     return true;
@@ -50,7 +49,6 @@ class OutlineBuilder {
   bool Key(const char* data, rapidjson::SizeType length, bool) {
     const std::size_t offset = token_start();
     const std::string name(data, length);
-    check_string(offset, name, "member name");
     Frame& frame = frames_.back();
     const auto [previous, inserted] = frame.names.emplace(name, offset);
     if (!inserted) {
@@ -80,16 +78,6 @@ class OutlineBuilder {
   // numbers included (they are read through a copy of the stream), so the stream's position
   // is where the token starts.
   std::size_t token_start() const { return stream_.Tell(); }
-
-  void check_string(std::size_t offset, std::string_view bytes, const char* what) {
-    if (bytes.find('\0') != std::string_view::npos) {
-      report_.error(offset, std::string(what) + " " + quoted(bytes) +
-                                " holds a NUL byte; a C host would see it cut short there");
-    }
-    if (!is_valid_utf8(bytes)) {
-      report_.error(offset, std::string(what) + " " + quoted(bytes) + " is not valid UTF-8");
-    }
-  }
 
   bool add(JsonNode::Kind kind) {
     add_node(kind, token_start());

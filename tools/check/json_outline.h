@@ -38,8 +38,8 @@ inline constexpr std::size_t kOutlineDepth = 4;
 
 // Parses `text` as the engine does (up to the first NUL byte) with an iterative
 // parser, so no nesting depth can exhaust the stack. Reports into `report` a parse
-// error, every duplicate member name at any depth, and every string or name that is
-// not valid UTF-8 or holds a NUL. Returns false when the text is not JSON.
+// error and every duplicate member name at any depth. Returns false when the text is
+// not JSON.
 bool read_outline(const std::string& text, JsonNode& root, CheckReport& report);
 
 }  // namespace quillon::lingomat::tools
