@@ -63,6 +63,23 @@ TEST(CheckCommand, UnreadableFilesFailWithoutHanging) {
   EXPECT_EQ(check({dir.path()}).status, 1);
 }
 
+// The trainer checks what it is about to write: samples without a single token would give
+// a language whose token count is 0, which the engine would divide by.
+TEST(CheckCommand, TheTrainerRefusesToWriteAFileThatFailsTheCheck) {
+  const TempDir dir;
+  write_text(dir / "languages.def", "[C]\nextensions = .c\n\n[Blank]\nextensions = .blank\n");
+  write_text(dir / "samples/C/p1/a.c", "int main(void) { return 0; }\n");
+  write_text(dir / "samples/Blank/p1/a.blank", "\n");
+  write_text(dir / "out.json", "previous");
+  const CommandResult result = run_program(
+      LINGOMAT_TRAIN_BINARY, {dir / "languages.def", dir / "samples", "-o", dir / "out.json"});
+  EXPECT_EQ(result.status, 1) << result.out << result.err;
+  EXPECT_TRUE(contains(result.err, "refusing to write a data file that fails its check"))
+      << result.err;
+  EXPECT_TRUE(contains(result.err, "the token count of \"Blank\" is 0")) << result.err;
+  EXPECT_EQ(testing::read_text(dir / "out.json"), "previous");
+}
+
 TEST(CheckCommand, BadCommandLinesExitWithTwo) {
   EXPECT_EQ(check({}).status, 2);
   EXPECT_EQ(check({"--no-such-option", "x"}).status, 2);
