@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything from scratch and runs every test, then the same tests under
 # ASan+UBSan and TSan and each fuzzer for a bounded time (LINGOMAT_FUZZ_SECONDS per
-# target, default 120). Those stages keep their own build folders (build-asan,
+# target, default 90). Those stages keep their own build folders (build-asan,
 # build-tsan, build-fuzz) and can be run alone: scripts/test-sanitizers.sh, scripts/fuzz.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,4 +11,4 @@ cmake -S . -B build -DLINGOMAT_WERROR=ON
 cmake --build build -j"$(nproc)"
 ctest --test-dir build --output-on-failure -j"$(nproc)"
 bash scripts/test-sanitizers.sh asan tsan
-bash scripts/fuzz.sh "${LINGOMAT_FUZZ_SECONDS:-120}"
+bash scripts/fuzz.sh "${LINGOMAT_FUZZ_SECONDS:-90}"
