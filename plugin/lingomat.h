@@ -18,6 +18,13 @@ extern "C" {
 #define LINGOMAT_API __attribute__((visibility("default")))
 #endif
 
+/* No exception ever leaves these functions; C++ hosts may rely on it. */
+#if defined(__cplusplus)
+#define LINGOMAT_NOEXCEPT noexcept
+#else
+#define LINGOMAT_NOEXCEPT
+#endif
+
 /* Status codes returned by the functions below. */
 #define LINGOMAT_SUCCESS 0
 #define LINGOMAT_ERROR_UNKNOWN (-1)
@@ -41,21 +48,22 @@ typedef struct LingomatOpts {
 } LingomatOpts;
 
 /* Writes the defaults (10240, 500, 40, -8.0) into fields 2 to 5; leaves the others. */
-LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts);
+LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) LINGOMAT_NOEXCEPT;
 
 /* Creates an engine from opts->dataFile. *handle must be null; it is set only on success. */
-LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts);
+LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts) LINGOMAT_NOEXCEPT;
 
 /* Identifies codeLength bytes at code; fileName may be null. On success *language is
  * the language name, valid until the engine is destroyed, or null for no answer. */
 LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, uint64_t codeLength,
-                                      const char* fileName, const char** language);
+                                      const char* fileName,
+                                      const char** language) LINGOMAT_NOEXCEPT;
 
 /* Destroys the engine and sets *handle to null. Always succeeds. */
-LINGOMAT_API int lingomatDestroy(LingomatHandle* handle);
+LINGOMAT_API int lingomatDestroy(LingomatHandle* handle) LINGOMAT_NOEXCEPT;
 
 /* The static message for a status code; never null. */
-LINGOMAT_API const char* lingomatPlugInGetErrorString(int code);
+LINGOMAT_API const char* lingomatPlugInGetErrorString(int code) LINGOMAT_NOEXCEPT;
 
 #ifdef __cplusplus
 }

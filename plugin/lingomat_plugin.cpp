@@ -20,8 +20,8 @@ struct LingomatEngine {
 namespace {
 
 // Called from inside a catch-all handler: rethrows and translates the exception in flight.
-// Anything not derived from std::exception is deliberately left to propagate.
-int handle_exception() {
+// No exception may cross into a C host, whatever its type, so the last clause takes the rest.
+int handle_exception() noexcept {
   try {
     throw;
   } catch (const JsonException&) {
@@ -33,6 +33,8 @@ int handle_exception() {
   } catch (const std::logic_error&) {
     return LINGOMAT_ERROR_BAD_PARAMETER;
   } catch (const std::exception&) {
+    return LINGOMAT_ERROR_UNKNOWN;
+  } catch (...) {
     return LINGOMAT_ERROR_UNKNOWN;
   }
 }
@@ -58,7 +60,7 @@ Lingomat::Opts engine_opts(const LingomatOpts& opts) {
 
 extern "C" {
 
-LINGOMAT_API const char* lingomatPlugInGetErrorString(int code) {
+LINGOMAT_API const char* lingomatPlugInGetErrorString(int code) noexcept {
   switch (code) {
     case LINGOMAT_SUCCESS:
       return "Success";
@@ -75,7 +77,7 @@ LINGOMAT_API const char* lingomatPlugInGetErrorString(int code) {
   }
 }
 
-LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) {
+LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) noexcept {
   if (opts == nullptr) return LINGOMAT_ERROR_BAD_PARAMETER;
   const Lingomat::Opts defaults;
   opts->maxScanBytes = defaults.tokenizer.max_bytes;
@@ -85,7 +87,7 @@ LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) {
   return LINGOMAT_SUCCESS;
 }
 
-LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts) {
+LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts) noexcept {
   if (handle == nullptr || *handle != nullptr || opts == nullptr || opts->dataFile == nullptr) {
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
@@ -98,7 +100,7 @@ LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts
 }
 
 LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, uint64_t codeLength,
-                                      const char* fileName, const char** language) {
+                                      const char* fileName, const char** language) noexcept {
   if (code == nullptr || language == nullptr || handle == nullptr) {
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
@@ -116,7 +118,7 @@ LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, u
   }
 }
 
-LINGOMAT_API int lingomatDestroy(LingomatHandle* handle) {
+LINGOMAT_API int lingomatDestroy(LingomatHandle* handle) noexcept {
   if (handle == nullptr || *handle == nullptr) return LINGOMAT_SUCCESS;
   delete *handle;
   *handle = nullptr;

@@ -1,5 +1,8 @@
 #!/usr/bin/env bash
-# Builds everything from scratch and runs every test.
+# Builds everything from scratch and runs every test, then the same tests under
+# ASan+UBSan and TSan and each fuzzer for a bounded time (LINGOMAT_FUZZ_SECONDS per
+# target, default 90). Those stages keep their own build folders (build-asan,
+# build-tsan, build-fuzz) and can be run alone: scripts/test-sanitizers.sh, scripts/fuzz.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -7,3 +10,5 @@ rm -rf build
 cmake -S . -B build -DLINGOMAT_WERROR=ON
 cmake --build build -j"$(nproc)"
 ctest --test-dir build --output-on-failure -j"$(nproc)"
+bash scripts/test-sanitizers.sh asan tsan
+bash scripts/fuzz.sh "${LINGOMAT_FUZZ_SECONDS:-90}"

@@ -33,7 +33,10 @@ bool ranked_in(const Ranking& ranking, const std::string& language) {
 std::vector<RankedLanguage> top_languages(const Ranking& ranking, const Ranking& kept,
                                           std::size_t token_count) {
   std::vector<RankedLanguage> top;
-  for (const auto& [language, score] : ranking) {
+  for (const auto& ranked : ranking) {
+    // Named, not structured bindings: a lambda below uses the name, which clang 14 refuses.
+    const std::string& language = ranked.first;
+    const double score = ranked.second;
     if (top.size() == kExplainedLanguages) break;
     // A language named by two strategies is ranked twice with the same score.
     const bool seen = std::any_of(top.begin(), top.end(), [&](const RankedLanguage& entry) {

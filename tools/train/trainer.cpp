@@ -1,5 +1,6 @@
 #include "train/trainer.h"
 
+#include "check/data_file_check.h"
 #include "common/definitions.h"
 #include "common/file_io.h"
 #include "common/samples_tree.h"
@@ -37,6 +38,7 @@ TrainSummary run_training(const TrainConfig& config) {
   }
 
   const std::string json = render_data_file(set.languages, statistics);
+  require_valid_data_file(json, config.output_path);
   write_file_atomically(config.output_path, json);
   summary.output_bytes = json.size();
   return summary;
