@@ -48,6 +48,14 @@ int train(int argc, char** argv) {
   parser.add_uint("max-tokens-per-language", "N",
                   "Keep at most the N most frequent distinct tokens per language (default: all).",
                   &config.max_tokens_per_language);
+  parser.add_uint("count-scale", "K",
+                  "Multiply every token count by K and divide tokens_total by K: every score per "
+                  "token rises by ln K against the engine's floor, no ranking changes (default 1).",
+                  &config.calibration.count_scale, 1, 2147483647);
+  parser.add_uint("tokens-total", "N",
+                  "The tokens_total written before scaling, which sets the cost of a token a "
+                  "language never saw to ln(1/N) (default: the number of tokens counted).",
+                  &config.calibration.tokens_total, 1, 2147483647);
   parser.add_strings("only", "LANG",
                      "Build the data file for this language only; repeat for several.",
                      &config.only);

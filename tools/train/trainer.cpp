@@ -36,7 +36,7 @@ TrainSummary run_training(const TrainConfig& config) {
     summary.invalid_tokens += language.invalid_tokens;
   }
 
-  const std::string json = render_data_file(set.languages, statistics);
+  const std::string json = render_data_file(set.languages, statistics, config.calibration);
   write_file_atomically(config.output_path, json);
   summary.output_bytes = json.size();
   return summary;
