@@ -42,6 +42,10 @@ int train(int argc, char** argv) {
                   "At most N samples per language, a fixed choice spread over the projects "
                   "(default: all).",
                   &config.max_samples);
+  parser.add_uint("max-repeats", "N",
+                  "Count a token at most N times per sample; 1 counts the samples a token occurs "
+                  "in (default: every occurrence).",
+                  &config.max_repeats);
   parser.add_uint("min-count", "N",
                   "Drop a language's tokens seen fewer than N times in it (default 1: keep all).",
                   &config.min_count, 1);

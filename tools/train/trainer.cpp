@@ -16,7 +16,7 @@ TrainSummary run_training(const TrainConfig& config) {
 
   const Tokenizer tokenizer(config.tokenizer);
   std::vector<LanguageStatistics> statistics =
-      count_tokens(set.files, tokenizer, config.threads,
+      count_tokens(set.files, tokenizer, config.threads, config.max_repeats,
                    config.progress ? terminal_progress("tokenizing") : ProgressFn());
 
   TrainSummary summary;
