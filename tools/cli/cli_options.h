@@ -14,7 +14,7 @@ namespace quillon::lingomat::cli {
 inline constexpr std::uint64_t kDefaultMaxBytes = 10240;
 inline constexpr std::uint64_t kDefaultMaxTokens = 500;
 inline constexpr std::uint64_t kDefaultMinTokens = 10;
-inline constexpr double kDefaultMinScore = -7.5;
+inline constexpr double kDefaultMinScore = -7.0;
 
 // More workers than this buys nothing and usually means a typo.
 inline constexpr unsigned kMaxJobs = 1024;
