@@ -53,9 +53,9 @@ int evaluate(int argc, char** argv) {
                   &max_confusions);
   parser.add_flag("json", "Print the report as JSON.", &json);
   parser.add_string("scores", "FILE",
-                    "Also write each file's best unfloored classifier score, its token count "
-                    "and its name fallback, per mode, as tab-separated lines (for choosing "
-                    "floors).",
+                    "Also write, per file and mode, the name fallback, the token count and each "
+                    "candidate's score split into seen-token part and unseen-token count, as "
+                    "tab-separated lines (tools/eval/calibration_sweep.py replays them).",
                     &scores_path);
 
   if (!parser.parse(argc, argv)) {
