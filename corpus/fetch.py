@@ -31,7 +31,9 @@ MAX_BYTES = 256 * 1024
 MAX_LINE = 1000
 MIN_FILES = 30
 MIN_PROJECTS = 3
-KINDS = ("deb", "debsrc", "npm")
+KINDS = ("deb", "debsrc", "npm", "git")
+# Local copy of pinned git repositories; a git source clones only when it is missing.
+GIT_MIRROR = os.path.join(os.path.dirname(CORPUS), "..", "shared", "corpus-git")
 
 # Source lines for the private apt configuration used by `debsrc`; the
 # system's own apt configuration is never touched.
@@ -149,8 +151,8 @@ def glob_to_regex(pattern):
 
 
 def split_ref(kind, ref):
-    """'name=version' (deb, debsrc) or 'name@version' (npm, scoped names allowed)."""
-    if kind == "npm":
+    """'name=version' (deb, debsrc), 'name@version' (npm, scoped names allowed), 'owner/repo@commit' (git)."""
+    if kind in ("npm", "git"):
         at = ref.rfind("@")
         if at > 0:
             return ref[:at], ref[at + 1 :]
@@ -177,7 +179,7 @@ def parse_recipe(path):
                 warn("%s: source line before any [Language] header, ignored" % origin)
                 continue
             if words[0] not in KINDS or len(words) < 3:
-                warn("%s: expected '<deb|debsrc|npm> PACKAGE GLOB...', ignored" % origin)
+                warn("%s: expected '<deb|debsrc|npm|git> PACKAGE GLOB...', ignored" % origin)
                 continue
             kind = words[0]
             package, version = split_ref(kind, words[1])
@@ -204,7 +206,7 @@ def parse_recipe(path):
             if not version:
                 warn("%s: %s is not pinned to a version" % (origin, package))
             if project is None:
-                project = package.lstrip("@").replace("/", "__")
+                project = package.lstrip("@").replace("/", "__" if kind == "npm" else "+")
             source = Source(language, kind, package, version, globs, limit, project, origin)
             for pattern in (p for g in globs for p in expand_braces(g)):
                 if "!/" in pattern:
@@ -421,6 +423,31 @@ class Fetcher:
         unit.version = version
         unit.root = os.path.join(base, "root")
         unit.source_package = unit.package
+
+    # -- pinned git repositories
+
+    def fetch_git(self, unit):
+        folder = unit.package.replace("/", "+")
+        local = os.path.join(GIT_MIRROR, folder)
+        unit.source_package = unit.package
+        if os.path.isdir(local):
+            unit.root = local
+            return
+        if not re.fullmatch(r"[0-9a-f]{40}", unit.version or ""):
+            raise FetchError("git source %s is not pinned to a full commit" % unit.package)
+        base = os.path.join(CACHE, "git", safe_name("%s_%s" % (folder, unit.version)))
+        if not os.path.exists(os.path.join(base, ".ok")):
+            shutil.rmtree(base, ignore_errors=True)
+            os.makedirs(base)
+            url = "https://github.com/%s.git" % unit.package
+            for command in (["git", "init", "-q"], ["git", "fetch", "-q", "--depth", "1", url, unit.version],
+                            ["git", "checkout", "-q", "FETCH_HEAD"]):
+                result = run(command, cwd=base, check=False)
+                if result.returncode != 0:
+                    raise FetchError("%s: %s" % (" ".join(command[:2]), result.stderr.strip()[-200:]))
+            shutil.rmtree(os.path.join(base, ".git"), ignore_errors=True)
+            open(os.path.join(base, ".ok"), "w").close()
+        unit.root = base
 
     def fetch(self, unit):
         try:

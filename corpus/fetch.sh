@@ -11,6 +11,7 @@ command -v python3 >/dev/null 2>&1 || need+=(python3)
 command -v npm >/dev/null 2>&1 || need+=(npm)
 command -v dpkg-source >/dev/null 2>&1 || need+=(dpkg-dev)
 command -v xz >/dev/null 2>&1 || need+=(xz-utils)
+command -v git >/dev/null 2>&1 || need+=(git)  # git sources clone when no local copy exists
 [ -e /etc/ssl/certs/ca-certificates.crt ] || need+=(ca-certificates)
 
 # Package lists are missing on a fresh machine and stale after a day.

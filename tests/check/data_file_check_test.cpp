@@ -159,6 +159,46 @@ TEST(DataFileCheck, WarnsOfDataTheEngineNeverUses) {
   }
 }
 
+// kValid as the trainer writes it with --count-scale 2 --tokens-total 20: every token count
+// doubled, "tokens_total" = 20 / 2, and the record of both under "calibration".
+std::string calibrated(const std::string& record) {
+  std::string text =
+      valid_with("{\"int\": 3, \";\": 2}, \"Python\": {\"def\": 3}, \"Make\": {\"all\": 1}",
+                 "{\"int\": 6, \";\": 4}, \"Python\": {\"def\": 6}, \"Make\": {\"all\": 2}");
+  text.replace(text.find("\"tokens_total\": 9"), 17, "\"tokens_total\": 10");
+  text.replace(text.rfind('}'), 1, ",\n \"calibration\": " + record + "\n}");
+  return text;
+}
+
+TEST(DataFileCheck, ACalibratedFileIsCheckedAgainstItsRecord) {
+  const std::string record = "{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9}";
+  const std::string text = calibrated(record);
+  EXPECT_TRUE(check_data_text(text).problems.empty()) << joined(formatted(text, Severity::kError));
+  EXPECT_TRUE(engine_accepts(text));
+
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      // Without the record the doubled counts are nonsense.
+      {valid_with("\"int\": 3", "\"int\": 6"), "the token counts of \"C\" add up to 8"},
+      {calibrated("{\"count_scale\": 1, \"tokens_total\": 20, \"counted_tokens\": 9}"),
+       "the token counts of \"C\" add up to 10, more than its \"language_tokens\" of 5 ("},
+      {calibrated("{\"count_scale\": 2, \"tokens_total\": 30, \"counted_tokens\": 9}"),
+       "\"tokens_total\" is 10, but the calibration's tokens_total divided by its count_scale "
+       "gives 15"},
+      {calibrated("{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 8}"),
+       "the calibration's \"counted_tokens\" is 8, but the counts of \"language_tokens\" add "
+       "up to 9"},
+      {calibrated("{\"count_scale\": 0, \"tokens_total\": 20, \"counted_tokens\": 9}"),
+       "\"calibration\" needs \"count_scale\", an integer from 1 to 2147483647"},
+      {calibrated("[]"), "\"calibration\" needs \"count_scale\""},
+  };
+  for (const auto& [broken, expected] : cases) {
+    const std::vector<std::string> errors = formatted(broken, Severity::kError);
+    ASSERT_FALSE(errors.empty()) << broken;
+    EXPECT_NE(joined(errors).find(expected), std::string::npos)
+        << joined(errors) << "expected " << expected;
+  }
+}
+
 // Tokens are bytes the tokenizer may produce from any input, not names.
 TEST(DataFileCheck, TokensMayHoldAnyBytes) {
   const std::string text = valid_with("\"def\": 3", "\"d\\u0000e\xff\": 3");

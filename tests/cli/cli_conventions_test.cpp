@@ -110,12 +110,12 @@ std::string utf16(const std::string& text, bool little_endian, bool with_bom) {
 }
 
 TEST_F(ConventionsTest, Utf16WithAByteOrderMarkIsDecodedNotSkipped) {
-  write_file("tree/le", utf16(words("beta", 5), true, true));
-  write_file("tree/be", utf16(words("beta", 5), false, true));
-  write_file("tree/nobom", utf16(words("beta", 5), true, false));  // binary as far as we know
+  write_file("tree/le", utf16(words("beta", 10), true, true));
+  write_file("tree/be", utf16(words("beta", 10), false, true));
+  write_file("tree/nobom", utf16(words("beta", 10), true, false));  // binary as far as we know
   // A surrogate pair, a lone surrogate and an odd last byte decode without harm.
   write_file("tree/odd",
-             utf16(words("alpha", 5), true, true) + "\x3D\xD8\x00\xDE" + "\x00\xDC" + "x");
+             utf16(words("alpha", 10), true, true) + "\x3D\xD8\x00\xDE" + "\x00\xDC" + "x");
   const CliRun result = run_with_tool_defaults({path("tree")});
   EXPECT_EQ(result.exit_code, 0) << result.err;
   EXPECT_EQ(result.out, path("tree/be") + "\tBeta\n" + path("tree/le") + "\tBeta\n" +

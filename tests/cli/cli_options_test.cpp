@@ -12,7 +12,7 @@ TEST_F(OptionsTest, HelpGoesToStandardOutputWithTheDefaults) {
     EXPECT_EQ(result.exit_code, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out.rfind("Usage: lingomat", 0), 0u) << result.out;
-    for (const char* shown : {"(default 10240)", "(default 500)", "(default 1)", "(default 0)",
+    for (const char* shown : {"(default 10240)", "(default 500)", "(default 10)", "(default -7)",
                               "--only LANG", "--summary", "--explain"}) {
       EXPECT_NE(result.out.find(shown), std::string::npos) << shown;
     }

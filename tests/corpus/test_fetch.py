@@ -223,5 +223,31 @@ class UsableFileTest(TempDirTest):
         self.assertIn("cannot read usr/share/java/broken.jar", stderr.getvalue())
 
 
+class GitSourceTest(TempDirTest):
+    def test_git_lines_parse_repo_commit_and_project(self):
+        path = self.write("g.recipe", b"[Zig]\ngit owner/repo@" + b"a" * 40 + b" src/a.zig src/b.zig max=2\n")
+        with contextlib.redirect_stderr(io.StringIO()):
+            (source,) = fetch.parse_recipe(path)
+        self.assertEqual((source.kind, source.package, source.version), ("git", "owner/repo", "a" * 40))
+        self.assertEqual(source.project, "owner+repo")
+        self.assertTrue(source.patterns[0].match("src/a.zig"))
+        self.assertFalse(source.patterns[0].match("src/c.zig"))
+
+    def test_local_copy_is_used_and_unpinned_clone_is_refused(self):
+        self.write("mirror/owner+repo/src/a.zig", b"const std = @import(\"std\");\n")
+        saved = fetch.GIT_MIRROR
+        fetch.GIT_MIRROR = os.path.join(self.dir, "mirror")
+        try:
+            fetcher = fetch.Fetcher()
+            unit = fetch.Unit("git", "owner/repo", "b" * 40)
+            fetcher.fetch_git(unit)
+            self.assertEqual(fetch.list_tree(unit.root), ["src/a.zig"])
+            missing = fetch.Unit("git", "other/repo", "not-a-commit")
+            with self.assertRaises(fetch.FetchError):
+                fetcher.fetch_git(missing)
+        finally:
+            fetch.GIT_MIRROR = saved
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -1,5 +1,7 @@
 #include "train/data_file_writer.h"
 
+#include <cmath>
+
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 
@@ -42,7 +44,10 @@ TEST(DataFileWriterTest, WritesEveryKeyWithTotalsThatAddUp) {
   for (const auto& member : document.GetObject()) keys.push_back(member.name.GetString());
   EXPECT_EQ(keys, (std::vector<std::string>{"filenames", "extnames", "interpreters", "languages",
                                             "language_tokens", "tokens", "tokens_total",
-                                            "languages_total"}));
+                                            "languages_total", "calibration"}));
+  EXPECT_EQ(document["calibration"]["count_scale"].GetInt(), 1);
+  EXPECT_EQ(document["calibration"]["tokens_total"].GetInt(), 11);
+  EXPECT_EQ(document["calibration"]["counted_tokens"].GetInt(), 11);
   EXPECT_EQ(document["languages"]["C"].GetInt(), 2);
   EXPECT_EQ(document["languages"]["C++"].GetInt(), 1);
   EXPECT_EQ(document["language_tokens"]["C"].GetInt(), 7);
@@ -87,6 +92,60 @@ TEST(DataFileWriterTest, TheEngineLoadsTheFile) {
   EXPECT_EQ(engine.identify_by_extension("x.h"), (std::vector<std::string>{"C", "C++"}));
   EXPECT_EQ(engine.identify("notes.md", "x"), "Markdown");
   EXPECT_EQ(engine.identify_by_filename("README.md"), (std::vector<std::string>{"Markdown"}));
+}
+
+// Loads `json` into an engine and scores `tokens` for C.
+double score_for_c(const std::string& json, const std::vector<std::string>& tokens) {
+  testing::TempDir dir;
+  testing::write_text(dir / "data.json", json);
+  Classifier::Opts opts;
+  opts.data_file = dir / "data.json";
+  opts.min_tokens = 0;
+  const Classifier classifier(opts);
+  return classifier.classify(tokens, {"C"}).at(0).second;
+}
+
+TEST(DataFileWriterTest, CountScaleRaisesEveryScorePerTokenByItsLogarithm) {
+  const Example example;
+  const std::vector<std::string> tokens = {"int", "main", "never-seen", "(", "int"};
+  const double plain =
+      score_for_c(render_data_file(example.languages, example.statistics, {1, 300}), tokens);
+  const std::string scaled_json = render_data_file(example.languages, example.statistics, {3, 300});
+  const double scaled = score_for_c(scaled_json, tokens);
+  EXPECT_NEAR(scaled - plain, double(tokens.size()) * std::log(3.0), 1e-9);
+
+  const auto document = parse_strict(scaled_json);
+  EXPECT_EQ(document["tokens"]["C"]["int"].GetInt(), 6);
+  EXPECT_EQ(document["language_tokens"]["C"].GetInt(), 7);  // the divisor stays
+  EXPECT_EQ(document["tokens_total"].GetInt(), 100);
+  EXPECT_EQ(document["calibration"]["count_scale"].GetInt(), 3);
+  EXPECT_EQ(document["calibration"]["tokens_total"].GetInt(), 300);
+  EXPECT_EQ(document["calibration"]["counted_tokens"].GetInt(), 11);
+}
+
+TEST(DataFileWriterTest, TokensTotalSetsOnlyTheCostOfUnseenTokens) {
+  const Example example;
+  const auto score = [&](std::uint64_t total, const std::vector<std::string>& tokens) {
+    return score_for_c(render_data_file(example.languages, example.statistics, {1, total}), tokens);
+  };
+  EXPECT_DOUBLE_EQ(score(100, {"int", "main"}), score(1000, {"int", "main"}));
+  EXPECT_NEAR(score(100, {"int", "unseen"}) - score(1000, {"int", "unseen"}), std::log(10.0), 1e-9);
+}
+
+TEST(DataFileWriterTest, ABadCalibrationFailsClearly) {
+  const Example example;
+  EXPECT_THROW(render_data_file(example.languages, example.statistics, {0, 0}), ToolError);
+  Example big;
+  big.statistics[0].counts["int"] = 1ULL << 30;
+  big.statistics[0].tokens = 1ULL << 30;
+  EXPECT_NO_THROW(render_data_file(big.languages, big.statistics, {1, 0}));
+  try {
+    render_data_file(big.languages, big.statistics, {4, 0});
+    ADD_FAILURE() << "no error";
+  } catch (const ToolError& error) {
+    EXPECT_NE(std::string(error.what()).find("times the count scale"), std::string::npos)
+        << error.what();
+  }
 }
 
 TEST(DataFileWriterTest, CountsBeyondThirtyTwoBitsFailClearly) {

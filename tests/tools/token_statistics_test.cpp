@@ -24,6 +24,19 @@ TEST(TokenStatisticsTest, CountsSamplesAndOccurrences) {
             (std::map<std::string, std::uint64_t>{{";", 1}, {"int", 2}, {"x", 1}}));
 }
 
+TEST(TokenStatisticsTest, MaxRepeatsCapsEachTokenPerSampleAndTheTotalWithIt) {
+  LanguageStatistics statistics;
+  add_sample({"a", "a", "a", "b", "a"}, statistics, 2);
+  add_sample({"a", "b", "b"}, statistics, 2);
+  EXPECT_EQ(statistics.counts, (std::map<std::string, std::uint64_t>{{"a", 3}, {"b", 3}}));
+  EXPECT_EQ(statistics.tokens, 6u);  // the divisor counts what was kept
+
+  LanguageStatistics presence;
+  add_sample({"a", "a", "b"}, presence, 1);
+  add_sample({"a"}, presence, 1);
+  EXPECT_EQ(presence.counts, (std::map<std::string, std::uint64_t>{{"a", 2}, {"b", 1}}));
+}
+
 TEST(TokenStatisticsTest, DropsTokensThatAreNotUtf8WithoutCountingThem) {
   LanguageStatistics statistics;
   add_sample({"caf\xC3\xA9", "caf", "\xE9", "\xE9", "ok"}, statistics);

@@ -1,5 +1,6 @@
 #include "check/data_file_check.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <map>
@@ -41,10 +42,11 @@ class DataFileRules {
     const JsonNode* samples = section("languages", Kind::kObject);
     const JsonNode* tokens_total = section("tokens_total", Kind::kNumber);
     const JsonNode* languages_total = section("languages_total", Kind::kNumber);
+    read_calibration();
     if (samples != nullptr) check_languages(*samples, counts, tokens);
     if (counts != nullptr) warn_unknown(*counts, "language_tokens");
     if (tokens != nullptr) warn_unknown(*tokens, "tokens");
-    check_total(tokens_total, "tokens_total", tokens_sum_, "language_tokens");
+    check_tokens_total(tokens_total);
     check_total(languages_total, "languages_total", samples_sum_, "languages");
     warn_unnamed();
   }
@@ -180,10 +182,12 @@ class DataFileRules {
     }
     std::int64_t sum = 0;
     for (const auto& token : counts) sum += token.second;
-    if (declared >= 0 && sum > declared) {
+    if (declared >= 0 && sum > declared * count_scale_) {
       report_.error(entry->value.offset,
                     "the token counts of " + name + " add up to " + std::to_string(sum) +
                         ", more than its \"language_tokens\" of " + std::to_string(declared) +
+                        (count_scale_ > 1 ? " times the count scale " + std::to_string(count_scale_)
+                                          : std::string()) +
                         " (a token would be likelier than certain)");
     }
   }
@@ -195,6 +199,53 @@ class DataFileRules {
                                                   "\" is not in \"languages\"; the engine "
                                                   "ignores it");
       }
+    }
+  }
+
+  // The trainer's record of a deliberate calibration: counts scaled by "count_scale" and
+  // "tokens_total" derived from the unseen-token total instead of the counted one.
+  void read_calibration() {
+    const JsonNode::Member* member = root_.find("calibration");
+    if (member == nullptr) return;
+    const JsonNode& calibration = member->value;
+    const auto positive = [&](const char* key) -> std::int64_t {
+      const JsonNode::Member* field =
+          calibration.kind == Kind::kObject ? calibration.find(key) : nullptr;
+      if (field == nullptr || field->value.kind != Kind::kNumber || !field->value.is_int ||
+          field->value.int_value <= 0) {
+        report_.error(
+            field == nullptr ? calibration.offset : field->value.offset,
+            std::string("\"calibration\" needs \"") + key + "\", an integer from 1 to 2147483647");
+        return 0;
+      }
+      return field->value.int_value;
+    };
+    const std::int64_t scale = positive("count_scale");
+    const std::int64_t unseen_total = positive("tokens_total");
+    const std::int64_t counted = positive("counted_tokens");
+    if (scale == 0 || unseen_total == 0 || counted == 0) return;
+    count_scale_ = scale;
+    calibrated_total_ = std::max<std::int64_t>(1, (unseen_total + scale / 2) / scale);
+    counted_tokens_ = counted;
+    counted_offset_ = calibration.find("counted_tokens")->value.offset;
+  }
+
+  void check_tokens_total(const JsonNode* total) {
+    if (calibrated_total_ == 0) {
+      check_total(total, "tokens_total", tokens_sum_, "language_tokens");
+      return;
+    }
+    if (sums_complete_ && counted_tokens_ != tokens_sum_) {
+      report_.error(counted_offset_, "the calibration's \"counted_tokens\" is " +
+                                         std::to_string(counted_tokens_) +
+                                         ", but the counts of \"language_tokens\" add up to " +
+                                         std::to_string(tokens_sum_));
+    }
+    if (total != nullptr && total->int_value != calibrated_total_) {
+      report_.error(total->offset, "\"tokens_total\" is " + std::to_string(total->int_value) +
+                                       ", but the calibration's tokens_total divided by its "
+                                       "count_scale gives " +
+                                       std::to_string(calibrated_total_));
     }
   }
 
@@ -238,6 +289,10 @@ class DataFileRules {
   std::vector<const JsonNode::Member*> lookup_languages_;
   std::int64_t tokens_sum_ = 0;
   std::int64_t samples_sum_ = 0;
+  std::int64_t count_scale_ = 1;
+  std::int64_t calibrated_total_ = 0;  // 0: not calibrated, "tokens_total" is the counted sum
+  std::int64_t counted_tokens_ = 0;
+  std::size_t counted_offset_ = 0;
   bool sums_complete_ = true;  // false once a count is bad: the sums would mislead
 };
 

@@ -20,6 +20,7 @@ struct EvalConfig {
   SplitRule split;
   unsigned threads = 1;
   bool progress = false;
+  bool trace_scores = false;  // fill EvalRun::traces
 };
 
 }  // namespace quillon::lingomat::tools

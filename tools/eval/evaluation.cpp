@@ -87,6 +87,7 @@ EvalRun run_evaluation(const EvalConfig& config) {
 
   std::vector<Identification> content(files.size());
   std::vector<Identification> named(files.size());
+  if (config.trace_scores) run.traces.resize(2 * files.size());
   const auto started = Clock::now();
   run_parallel(
       files.size(), run.threads,
@@ -102,6 +103,11 @@ EvalRun run_evaluation(const EvalConfig& config) {
         };
         identify("", content[index]);
         identify(file.file_name, named[index]);
+        if (config.trace_scores) {
+          run.traces[2 * index] = trace_scores(*engine, "content", file.language, "", text);
+          run.traces[2 * index + 1] =
+              trace_scores(*engine, "filename", file.language, file.file_name, text);
+        }
       },
       config.progress ? terminal_progress("identifying") : ProgressFn());
   run.wall_seconds = std::chrono::duration<double>(Clock::now() - started).count();

@@ -5,6 +5,7 @@
 
 #include "eval/eval_config.h"
 #include "eval/eval_report.h"
+#include "eval/score_trace.h"
 
 namespace quillon::lingomat::tools {
 
@@ -13,7 +14,8 @@ struct EvalRun {
   std::vector<ModeReport> modes;                 // "content", then "filename"
   std::vector<std::string> untrained_languages;  // in the test set, without statistics
   unsigned threads = 1;
-  double wall_seconds = 0;  // the whole identification phase, file reading included
+  double wall_seconds = 0;         // the whole identification phase, file reading included
+  std::vector<ScoreTrace> traces;  // two per file when asked for, content first
 };
 
 // Loads the engine, identifies every labelled file twice (content only, and

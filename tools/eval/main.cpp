@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "common/file_io.h"
 #include "common/options.h"
 #include "common/parallel.h"
 #include "common/tool_main.h"
@@ -20,6 +21,7 @@ int evaluate(int argc, char** argv) {
   std::uint64_t threads = lt::default_thread_count();
   std::uint64_t max_confusions = 20;
   bool json = false;
+  std::string scores_path;
   lt::SplitOptions split;
 
   lt::OptionParser parser(kProgram,
@@ -51,6 +53,11 @@ int evaluate(int argc, char** argv) {
   parser.add_uint("confusions", "N", "Confusions listed in the text report (default 20).",
                   &max_confusions);
   parser.add_flag("json", "Print the report as JSON.", &json);
+  parser.add_string("scores", "FILE",
+                    "Also write, per file and mode, the name fallback, the token count and each "
+                    "candidate's score split into seen-token part and unseen-token count, as "
+                    "tab-separated lines (tools/eval/calibration_sweep.py replays them).",
+                    &scores_path);
 
   if (!parser.parse(argc, argv)) {
     std::cout << parser.exit_text();
@@ -59,8 +66,11 @@ int evaluate(int argc, char** argv) {
   config.split = split.finish();
   config.threads = static_cast<unsigned>(threads);
   config.progress = isatty(STDERR_FILENO) != 0;
+  config.trace_scores = !scores_path.empty();
 
   const lt::EvalRun run = lt::run_evaluation(config);
+  if (config.trace_scores)
+    lt::write_file_atomically(scores_path, lt::format_score_traces(run.traces));
   std::cout << (json ? lt::format_json_report(config, run)
                      : lt::format_text_report(config, run, max_confusions));
   return 0;

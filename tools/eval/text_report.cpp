@@ -35,8 +35,10 @@ std::string mode_report(const ModeReport& mode, unsigned threads, std::size_t ma
                 percent(mode.correct, mode.files).c_str(), (unsigned long long)mode.wrong,
                 percent(mode.wrong, mode.files).c_str(), (unsigned long long)mode.no_answer,
                 percent(mode.no_answer, mode.files).c_str());
-  out += format("accuracy over files %.1f%%, averaged over %zu languages %.1f%%\n",
-                100.0 * mode.accuracy(), mode.languages.size(), 100.0 * mode.language_accuracy());
+  out +=
+      format("accuracy over files %.1f%%, averaged over %zu languages %.1f%%; answers right %s\n",
+             100.0 * mode.accuracy(), mode.languages.size(), 100.0 * mode.language_accuracy(),
+             percent(mode.correct, mode.correct + mode.wrong).c_str());
   out += format("throughput %.1f files/s, %.2f MB/s of engine time (%.3f s summed over %u %s)\n\n",
                 mode.files_per_second(), mode.megabytes_per_second(), mode.seconds, threads,
                 threads == 1 ? "thread" : "threads, i.e. one thread's speed");

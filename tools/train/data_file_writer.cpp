@@ -1,5 +1,6 @@
 #include "train/data_file_writer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
@@ -51,10 +52,15 @@ void write_names(Writer& writer, const char* key, const std::vector<LanguageDefi
 }  // namespace
 
 std::string render_data_file(const std::vector<LanguageDefinition>& languages,
-                             const std::vector<LanguageStatistics>& statistics) {
+                             const std::vector<LanguageStatistics>& statistics,
+                             const Calibration& calibration) {
   if (statistics.size() != languages.size()) {
     throw std::logic_error("render_data_file: one statistics entry per language expected");
   }
+  if (calibration.count_scale == 0 || calibration.count_scale > kMaxCount) {
+    throw ToolError("the count scale must be between 1 and 2147483647");
+  }
+  const std::uint64_t scale = calibration.count_scale;
   rapidjson::StringBuffer buffer;
   Writer writer(buffer);
   writer.SetIndent(' ', 1);
@@ -97,16 +103,32 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
     writer.StartObject();
     for (const auto& [token, count] : statistics[i].counts) {
       write_key(writer, token);
-      writer.Int(checked_count(count, "a token count of " + languages[i].name));
+      const std::uint64_t scaled = count > UINT64_MAX / scale ? UINT64_MAX : count * scale;
+      writer.Int(checked_count(scaled, "a token count of " + languages[i].name +
+                                           (scale > 1 ? " times the count scale" : "")));
     }
     writer.EndObject();
   }
   writer.EndObject();
 
+  const std::uint64_t unseen_total =
+      calibration.tokens_total > 0 ? calibration.tokens_total : tokens_total;
+  // Rounded to the nearest integer; never 0, which would make unseen tokens free.
+  const std::uint64_t written_total =
+      std::max<std::uint64_t>(1, (unseen_total + scale / 2) / scale);
   writer.Key("tokens_total");
-  writer.Int(checked_count(tokens_total, "tokens_total"));
+  writer.Int(checked_count(written_total, "tokens_total"));
   writer.Key("languages_total");
   writer.Int(checked_count(samples_total, "languages_total"));
+  writer.Key("calibration");
+  writer.StartObject();
+  writer.Key("count_scale");
+  writer.Int(static_cast<int>(scale));
+  writer.Key("tokens_total");
+  writer.Int(checked_count(unseen_total, "the tokens_total option"));
+  writer.Key("counted_tokens");
+  writer.Int(checked_count(tokens_total, "the counted token total"));
+  writer.EndObject();
   writer.EndObject();
   buffer.Put('\n');
   return std::string(buffer.GetString(), buffer.GetSize());

@@ -42,12 +42,24 @@ int train(int argc, char** argv) {
                   "At most N samples per language, a fixed choice spread over the projects "
                   "(default: all).",
                   &config.max_samples);
+  parser.add_uint("max-repeats", "N",
+                  "Count a token at most N times per sample; 1 counts the samples a token occurs "
+                  "in (default: every occurrence).",
+                  &config.max_repeats);
   parser.add_uint("min-count", "N",
                   "Drop a language's tokens seen fewer than N times in it (default 1: keep all).",
                   &config.min_count, 1);
   parser.add_uint("max-tokens-per-language", "N",
                   "Keep at most the N most frequent distinct tokens per language (default: all).",
                   &config.max_tokens_per_language);
+  parser.add_uint("count-scale", "K",
+                  "Multiply every token count by K and divide tokens_total by K: every score per "
+                  "token rises by ln K against the engine's floor, no ranking changes (default 1).",
+                  &config.calibration.count_scale, 1, 2147483647);
+  parser.add_uint("tokens-total", "N",
+                  "The tokens_total written before scaling, which sets the cost of a token a "
+                  "language never saw to ln(1/N) (default: the number of tokens counted).",
+                  &config.calibration.tokens_total, 1, 2147483647);
   parser.add_strings("only", "LANG",
                      "Build the data file for this language only; repeat for several.",
                      &config.only);

@@ -1,6 +1,7 @@
 #include "train/token_statistics.h"
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 
 #include "common/file_io.h"
@@ -18,8 +19,11 @@ struct PartialCounts {
   std::unordered_map<std::string, std::uint64_t> counts;
 };
 
-void add_tokens(const std::vector<std::string>& tokens, PartialCounts& partial) {
+void add_tokens(const std::vector<std::string>& tokens, std::uint64_t max_repeats,
+                PartialCounts& partial) {
   ++partial.samples;
+  // Per-sample counts first, so that one file repeating a token cannot outweigh many files.
+  std::unordered_map<std::string_view, std::uint64_t> in_sample;
   for (const std::string& token : tokens) {
     // A token that is not UTF-8 cannot be stored in JSON as it is. Dropping
     // it entirely makes it unseen in every language at identification, which
@@ -28,6 +32,7 @@ void add_tokens(const std::vector<std::string>& tokens, PartialCounts& partial) 
       ++partial.invalid_tokens;
       continue;
     }
+    if (max_repeats != 0 && ++in_sample[token] > max_repeats) continue;
     ++partial.tokens;
     ++partial.counts[token];
   }
@@ -42,14 +47,16 @@ void merge_into(LanguageStatistics& statistics, const PartialCounts& partial) {
 
 }  // namespace
 
-void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics) {
+void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
+                std::uint64_t max_repeats) {
   PartialCounts partial;
-  add_tokens(tokens, partial);
+  add_tokens(tokens, max_repeats, partial);
   merge_into(statistics, partial);
 }
 
 std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<SampleFile>>& files,
                                              const Tokenizer& tokenizer, unsigned threads,
+                                             std::uint64_t max_repeats,
                                              const ProgressFn& progress) {
   struct Job {
     std::size_t language;
@@ -68,7 +75,7 @@ std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<Sampl
       [&](std::size_t index, unsigned worker) {
         const Job& job = jobs[index];
         const std::string text = read_file(job.file->path, "sample");
-        add_tokens(tokenizer.extract_tokens(text), partials[worker][job.language]);
+        add_tokens(tokenizer.extract_tokens(text), max_repeats, partials[worker][job.language]);
       },
       progress);
 

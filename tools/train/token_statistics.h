@@ -25,13 +25,17 @@ struct LanguageStatistics {
 // Tokenizes every sample on `threads` threads. files[i] belong to language i;
 // the result has one entry per language. Integer sums do not depend on the
 // order in which threads finish, so the result is the same on every run.
-// An unreadable sample is a ToolError naming it.
+// An unreadable sample is a ToolError naming it. A token counts at most
+// `max_repeats` times per sample (0: every occurrence).
 std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<SampleFile>>& files,
                                              const Tokenizer& tokenizer, unsigned threads,
+                                             std::uint64_t max_repeats = 0,
                                              const ProgressFn& progress = {});
 
-// Adds the tokens of one text to `statistics` as one sample.
-void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics);
+// Adds the tokens of one text to `statistics` as one sample, each token at
+// most `max_repeats` times (0: every occurrence).
+void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
+                std::uint64_t max_repeats = 0);
 
 // Drops tokens seen fewer than `min_count` times, then keeps at most
 // `max_distinct` tokens (0: all): the most frequent, ties by token bytes.

@@ -6,6 +6,7 @@
 
 #include "common/split.h"
 #include "tokenize/tokenizer.h"
+#include "train/data_file_writer.h"
 
 namespace quillon::lingomat::tools {
 
@@ -16,9 +17,11 @@ struct TrainConfig {
   std::string output_path;
   Tokenizer::Opts tokenizer;                  // defaults: what identification reads
   std::uint64_t max_samples = 0;              // per language; 0: all
+  std::uint64_t max_repeats = 0;              // per token and sample; 0: every occurrence
   std::uint64_t min_count = 1;                // rarer tokens of a language are dropped
   std::uint64_t max_tokens_per_language = 0;  // distinct tokens kept; 0: all
   std::vector<std::string> only;              // empty: every defined language
+  Calibration calibration;
   SplitRule split;
   unsigned threads = 1;
   bool progress = false;  // a progress line on standard error

@@ -17,7 +17,7 @@ TrainSummary run_training(const TrainConfig& config) {
 
   const Tokenizer tokenizer(config.tokenizer);
   std::vector<LanguageStatistics> statistics =
-      count_tokens(set.files, tokenizer, config.threads,
+      count_tokens(set.files, tokenizer, config.threads, config.max_repeats,
                    config.progress ? terminal_progress("tokenizing") : ProgressFn());
 
   TrainSummary summary;
@@ -37,7 +37,7 @@ TrainSummary run_training(const TrainConfig& config) {
     summary.invalid_tokens += language.invalid_tokens;
   }
 
-  const std::string json = render_data_file(set.languages, statistics);
+  const std::string json = render_data_file(set.languages, statistics, config.calibration);
   require_valid_data_file(json, config.output_path);
   write_file_atomically(config.output_path, json);
   summary.output_bytes = json.size();
