@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -24,11 +28,21 @@ void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char 
   }
 }
 
+// The parsed document is about twice the data file, and the allocator would keep its freed
+// pages for good: hand them back, so that a host keeps only what the engine holds.
+void return_freed_memory() {
+#if defined(__GLIBC__)
+  malloc_trim(0);
+#endif
+}
+
 }  // namespace
 
 // The file is read and parsed once: the statistics are checked first, then the lookups, so
 // errors come in the order they always did.
-Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.classifier.data_file)) {}
+Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.classifier.data_file)) {
+  return_freed_memory();  // the document is gone by now
+}
 
 Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
     : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, document) {
