@@ -182,6 +182,7 @@ class DataFileRules {
     }
     std::int64_t sum = 0;
     for (const auto& token : counts) sum += token.second;
+    // Re-estimated weights need not add up to one: each is only bounded like a count.
     if (discriminative_ && declared >= 0) {
       for (const auto& [token, count] : counts) {
         if (count <= declared * count_scale_) continue;
@@ -193,7 +194,6 @@ class DataFileRules {
         break;
       }
     }
-    // Re-estimated weights need not add up to one: only their encoding is checked.
     if (!discriminative_ && declared >= 0 && sum > declared * count_scale_) {
       report_.error(entry->value.offset,
                     "the token counts of " + name + " add up to " + std::to_string(sum) +
