@@ -199,6 +199,56 @@ TEST(DataFileCheck, ACalibratedFileIsCheckedAgainstItsRecord) {
   }
 }
 
+// Counts that encode re-estimated weights: each token's count is its weight's
+// exp(weight) times "language_tokens", so a language's counts need not add up to it.
+std::string reweighted(const std::string& record, const std::string& c_counts) {
+  std::string text = calibrated(record);
+  const std::string counted = "{\"int\": 6, \";\": 4}";
+  text.replace(text.find(counted), counted.size(), c_counts);
+  return text;
+}
+
+TEST(DataFileCheck, ReweightedCountsAreCheckedAgainstTheirRecord) {
+  const std::string record =
+      "{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9, "
+      "\"discriminative\": {\"epochs\": 3, \"rate\": \"0.5\", \"margin\": \"0\"}}";
+  const std::string text = reweighted(record, "{\"int\": 9, \";\": 8}");
+  EXPECT_TRUE(check_data_text(text).problems.empty()) << joined(formatted(text, Severity::kError));
+  EXPECT_TRUE(engine_accepts(text));
+
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      // Without the discriminative record the same counts are too many.
+      {reweighted("{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9}",
+                  "{\"int\": 9, \";\": 8}"),
+       "the token counts of \"C\" add up to 17"},
+      // One token's weight may not exceed the count scale's.
+      {reweighted(record, "{\"int\": 11, \";\": 8}"),
+       "the count of token \"int\" in \"C\" is 11, more than its \"language_tokens\" of 5 "
+       "times the count scale 2"},
+      {reweighted("{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9, "
+                  "\"discriminative\": {\"epochs\": 0}}",
+                  "{\"int\": 9, \";\": 8}"),
+       "\"discriminative\" needs \"epochs\", an integer from 1 to 2147483647"},
+      {reweighted("{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9, "
+                  "\"discriminative\": []}",
+                  "{\"int\": 9, \";\": 8}"),
+       "\"discriminative\" needs \"epochs\""},
+      // Everything else is still checked.
+      {reweighted("{\"count_scale\": 2, \"tokens_total\": 30, \"counted_tokens\": 9, "
+                  "\"discriminative\": {\"epochs\": 3}}",
+                  "{\"int\": 9, \";\": 8}"),
+       "\"tokens_total\" is 10, but the calibration's tokens_total divided by its count_scale "
+       "gives 15"},
+      {reweighted(record, "{\"int\": 9, \";\": 0}"), "counts must be at least 1"},
+  };
+  for (const auto& [broken, expected] : cases) {
+    const std::vector<std::string> errors = formatted(broken, Severity::kError);
+    ASSERT_FALSE(errors.empty()) << broken;
+    EXPECT_NE(joined(errors).find(expected), std::string::npos)
+        << joined(errors) << "expected " << expected;
+  }
+}
+
 // Tokens are bytes the tokenizer may produce from any input, not names.
 TEST(DataFileCheck, TokensMayHoldAnyBytes) {
   const std::string text = valid_with("\"def\": 3", "\"d\\u0000e\xff\": 3");

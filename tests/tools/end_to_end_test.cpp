@@ -166,6 +166,25 @@ TEST_F(EndToEndTest, EvalTextReportShowsTheTables) {
   EXPECT_TRUE(contains(result.out, "Shell "));
 }
 
+TEST_F(EndToEndTest, DiscriminativeTrainingWritesACheckedRecord) {
+  const CommandResult trained = run_program(
+      LINGOMAT_TRAIN_BINARY, {definitions(), samples(), "-o", output("adjusted.json"),
+                              "--discriminative-epochs", "3", "--learning-rate", "0.25"});
+  ASSERT_EQ(trained.status, 0) << trained.err;
+  EXPECT_TRUE(contains(trained.out, "misranked with their project left out")) << trained.out;
+  const auto document = parse_strict(read_text(output("adjusted.json")));
+  const auto& record = document["calibration"]["discriminative"];
+  EXPECT_EQ(record["epochs"].GetInt(), 3);
+  EXPECT_STREQ(record["rate"].GetString(), "0.25");
+  EXPECT_STREQ(record["margin"].GetString(), "0");
+  // The divisors are chosen for resolution: far above the occurrences counted.
+  train_ok({}, output("counted.json"));
+  const auto counted = parse_strict(read_text(output("counted.json")));
+  EXPECT_GT(document["language_tokens"]["C"].GetInt(), counted["language_tokens"]["C"].GetInt());
+  EXPECT_EQ(document["calibration"]["counted_tokens"].GetInt(),
+            counted["calibration"]["counted_tokens"].GetInt());
+}
+
 TEST_F(EndToEndTest, TrainingOptionsShapeTheDataFile) {
   train_ok({"--max-tokens", "5"}, output("short.json"));
   train_ok({"--whole"}, output("whole.json"));
@@ -256,6 +275,13 @@ TEST_F(EndToEndTest, BadCommandLinesAreUsageErrors) {
        "--max-tokens: expected a whole number"},
       {{definitions(), samples(), "-o", output(), "--min-count", "0"},
        "--min-count: expected at least 1"},
+      {{definitions(), samples(), "-o", output(), "--discriminative-epochs", "2", "--learning-rate",
+        "0"},
+       "--learning-rate must be above 0"},
+      {{definitions(), samples(), "-o", output(), "--discriminative-epochs", "2", "--margin", "-1"},
+       "--margin must be from 0"},
+      {{definitions(), samples(), "-o", output(), "--margin", "3"},
+       "--learning-rate and --margin need --discriminative-epochs"},
       {{definitions()}, "missing argument SAMPLES"},
   };
   for (const auto& [args, message] : cases) {

@@ -182,7 +182,19 @@ class DataFileRules {
     }
     std::int64_t sum = 0;
     for (const auto& token : counts) sum += token.second;
-    if (declared >= 0 && sum > declared * count_scale_) {
+    // Re-estimated weights need not add up to one: each is only bounded like a count.
+    if (discriminative_ && declared >= 0) {
+      for (const auto& [token, count] : counts) {
+        if (count <= declared * count_scale_) continue;
+        report_.error(entry->value.offset,
+                      "the count of token " + quoted(token) + " in " + name + " is " +
+                          std::to_string(count) + ", more than its \"language_tokens\" of " +
+                          std::to_string(declared) + " times the count scale " +
+                          std::to_string(count_scale_));
+        break;
+      }
+    }
+    if (!discriminative_ && declared >= 0 && sum > declared * count_scale_) {
       report_.error(entry->value.offset,
                     "the token counts of " + name + " add up to " + std::to_string(sum) +
                         ", more than its \"language_tokens\" of " + std::to_string(declared) +
@@ -228,6 +240,23 @@ class DataFileRules {
     calibrated_total_ = std::max<std::int64_t>(1, (unseen_total + scale / 2) / scale);
     counted_tokens_ = counted;
     counted_offset_ = calibration.find("counted_tokens")->value.offset;
+    read_discriminative(calibration);
+  }
+
+  // The record of counts that encode re-estimated weights over chosen divisors: then
+  // neither a language's token counts nor "language_tokens" relate to occurrences.
+  void read_discriminative(const JsonNode& calibration) {
+    const JsonNode::Member* member = calibration.find("discriminative");
+    if (member == nullptr) return;
+    const JsonNode& record = member->value;
+    const JsonNode::Member* epochs = record.kind == Kind::kObject ? record.find("epochs") : nullptr;
+    if (epochs == nullptr || epochs->value.kind != Kind::kNumber || !epochs->value.is_int ||
+        epochs->value.int_value <= 0) {
+      report_.error(epochs == nullptr ? record.offset : epochs->value.offset,
+                    "\"discriminative\" needs \"epochs\", an integer from 1 to 2147483647");
+      return;
+    }
+    discriminative_ = true;
   }
 
   void check_tokens_total(const JsonNode* total) {
@@ -235,7 +264,7 @@ class DataFileRules {
       check_total(total, "tokens_total", tokens_sum_, "language_tokens");
       return;
     }
-    if (sums_complete_ && counted_tokens_ != tokens_sum_) {
+    if (!discriminative_ && sums_complete_ && counted_tokens_ != tokens_sum_) {
       report_.error(counted_offset_, "the calibration's \"counted_tokens\" is " +
                                          std::to_string(counted_tokens_) +
                                          ", but the counts of \"language_tokens\" add up to " +
@@ -293,7 +322,8 @@ class DataFileRules {
   std::int64_t calibrated_total_ = 0;  // 0: not calibrated, "tokens_total" is the counted sum
   std::int64_t counted_tokens_ = 0;
   std::size_t counted_offset_ = 0;
-  bool sums_complete_ = true;  // false once a count is bad: the sums would mislead
+  bool discriminative_ = false;  // the counts encode weights; their sums are not bounded
+  bool sums_complete_ = true;    // false once a count is bad: the sums would mislead
 };
 
 }  // namespace

@@ -53,7 +53,8 @@ void write_names(Writer& writer, const char* key, const std::vector<LanguageDefi
 
 std::string render_data_file(const std::vector<LanguageDefinition>& languages,
                              const std::vector<LanguageStatistics>& statistics,
-                             const Calibration& calibration) {
+                             const Calibration& calibration,
+                             const DiscriminativeRecord& discriminative) {
   if (statistics.size() != languages.size()) {
     throw std::logic_error("render_data_file: one statistics entry per language expected");
   }
@@ -61,6 +62,8 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
     throw ToolError("the count scale must be between 1 and 2147483647");
   }
   const std::uint64_t scale = calibration.count_scale;
+  const bool encoded = discriminative.epochs > 0;
+  const std::uint64_t count_factor = encoded ? 1 : scale;
   rapidjson::StringBuffer buffer;
   Writer writer(buffer);
   writer.SetIndent(' ', 1);
@@ -103,16 +106,18 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
     writer.StartObject();
     for (const auto& [token, count] : statistics[i].counts) {
       write_key(writer, token);
-      const std::uint64_t scaled = count > UINT64_MAX / scale ? UINT64_MAX : count * scale;
+      const std::uint64_t scaled =
+          count > UINT64_MAX / count_factor ? UINT64_MAX : count * count_factor;
       writer.Int(checked_count(scaled, "a token count of " + languages[i].name +
-                                           (scale > 1 ? " times the count scale" : "")));
+                                           (count_factor > 1 ? " times the count scale" : "")));
     }
     writer.EndObject();
   }
   writer.EndObject();
 
+  const std::uint64_t counted_tokens = encoded ? discriminative.counted_tokens : tokens_total;
   const std::uint64_t unseen_total =
-      calibration.tokens_total > 0 ? calibration.tokens_total : tokens_total;
+      calibration.tokens_total > 0 ? calibration.tokens_total : counted_tokens;
   // Rounded to the nearest integer; never 0, which would make unseen tokens free.
   const std::uint64_t written_total =
       std::max<std::uint64_t>(1, (unseen_total + scale / 2) / scale);
@@ -127,7 +132,18 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
   writer.Key("tokens_total");
   writer.Int(checked_count(unseen_total, "the tokens_total option"));
   writer.Key("counted_tokens");
-  writer.Int(checked_count(tokens_total, "the counted token total"));
+  writer.Int(checked_count(counted_tokens, "the counted token total"));
+  if (encoded) {
+    writer.Key("discriminative");
+    writer.StartObject();
+    writer.Key("epochs");
+    writer.Int(checked_count(discriminative.epochs, "the number of epochs"));
+    writer.Key("rate");
+    write_string(writer, discriminative.rate);
+    writer.Key("margin");
+    write_string(writer, discriminative.margin);
+    writer.EndObject();
+  }
   writer.EndObject();
   writer.EndObject();
   buffer.Put('\n');

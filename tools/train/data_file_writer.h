@@ -19,14 +19,27 @@ struct Calibration {
   std::uint64_t tokens_total = 0;
 };
 
+// What the trainer did when the counts encode re-estimated weights instead of
+// occurrences: the counts are then written as given (already scaled), each
+// language's "language_tokens" is the divisor chosen for them, and the
+// occurrences counted are recorded apart.
+struct DiscriminativeRecord {
+  std::uint64_t epochs = 0;  // 0: the counts are occurrences
+  std::string rate;
+  std::string margin;
+  std::uint64_t counted_tokens = 0;
+};
+
 // The data file as JSON text. statistics[i] belongs to languages[i]; a
 // language with no samples gets its name entries only. Name lists keep the
 // definitions order, which decides the fallback among shared names; tokens
 // are in byte order. Throws ToolError when a count does not fit the signed
 // 32-bit integers the engine reads. The calibration is recorded under
-// "calibration", a key the engine ignores.
+// "calibration", a key the engine ignores, with the discriminative record under
+// its "discriminative" member when there is one.
 std::string render_data_file(const std::vector<LanguageDefinition>& languages,
                              const std::vector<LanguageStatistics>& statistics,
-                             const Calibration& calibration = {});
+                             const Calibration& calibration = {},
+                             const DiscriminativeRecord& discriminative = {});
 
 }  // namespace quillon::lingomat::tools

@@ -60,6 +60,17 @@ int train(int argc, char** argv) {
                   "The tokens_total written before scaling, which sets the cost of a token a "
                   "language never saw to ln(1/N) (default: the number of tokens counted).",
                   &config.calibration.tokens_total, 1, 2147483647);
+  parser.add_uint("discriminative-epochs", "N",
+                  "Then adjust the weights for N passes of an averaged perceptron that ranks "
+                  "each sample with its own project left out (default 0: counts as counted).",
+                  &config.discriminative.epochs, 0, 1000);
+  parser.add_double("learning-rate", "R",
+                    "How much a misranked sample moves the weights, spread over its token "
+                    "occurrences (default 0.5).",
+                    &config.discriminative.rate);
+  parser.add_double("margin", "M",
+                    "Adjust also when the sample's language leads by M or less (default 0).",
+                    &config.discriminative.margin);
   parser.add_strings("only", "LANG",
                      "Build the data file for this language only; repeat for several.",
                      &config.only);
@@ -78,6 +89,16 @@ int train(int argc, char** argv) {
     }
     config.tokenizer = {0, 0};
   }
+  const lt::DiscriminativeConfig& discriminative = config.discriminative;
+  if (!(discriminative.rate > 0 && discriminative.rate <= 1000)) {
+    throw lt::UsageError("--learning-rate must be above 0 and at most 1000");
+  }
+  if (!(discriminative.margin >= 0 && discriminative.margin <= 1e6)) {
+    throw lt::UsageError("--margin must be from 0 to 1000000");
+  }
+  if (discriminative.epochs == 0 && (parser.given("learning-rate") || parser.given("margin"))) {
+    throw lt::UsageError("--learning-rate and --margin need --discriminative-epochs");
+  }
   config.split = split.finish();
   config.threads = static_cast<unsigned>(threads);
   config.progress = isatty(STDERR_FILENO) != 0;
@@ -92,6 +113,14 @@ int train(int argc, char** argv) {
   std::cout << "\n";
   if (summary.invalid_tokens > 0) {
     std::cout << summary.invalid_tokens << " token occurrences dropped for not being UTF-8\n";
+  }
+  if (!summary.misranked.empty()) {
+    std::cout << "misranked with their project left out, of " << summary.scored_samples
+              << " samples: " << summary.misranked.front() << " before adjusting";
+    for (std::size_t epoch = 1; epoch < summary.misranked.size(); ++epoch) {
+      std::cout << ", " << summary.misranked[epoch] << " in epoch " << epoch;
+    }
+    std::cout << "\n";
   }
   if (!summary.names_only.empty()) {
     std::cout << summary.names_only.size() << " without samples (names only): ";

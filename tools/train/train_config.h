@@ -7,6 +7,7 @@
 #include "common/split.h"
 #include "tokenize/tokenizer.h"
 #include "train/data_file_writer.h"
+#include "train/discriminative.h"
 
 namespace quillon::lingomat::tools {
 
@@ -22,6 +23,7 @@ struct TrainConfig {
   std::uint64_t max_tokens_per_language = 0;  // distinct tokens kept; 0: all
   std::vector<std::string> only;              // empty: every defined language
   Calibration calibration;
+  DiscriminativeConfig discriminative;
   SplitRule split;
   unsigned threads = 1;
   bool progress = false;  // a progress line on standard error

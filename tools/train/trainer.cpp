@@ -1,14 +1,28 @@
 #include "train/trainer.h"
 
+#include <iomanip>
+#include <sstream>
 #include "check/data_file_check.h"
 #include "common/definitions.h"
 #include "common/file_io.h"
 #include "common/samples_tree.h"
+
 #include "train/data_file_writer.h"
+#include "train/discriminative.h"
 #include "train/sample_selection.h"
 #include "train/token_statistics.h"
 
 namespace quillon::lingomat::tools {
+
+namespace {
+
+std::string decimal(double value) {
+  std::ostringstream text;
+  text << std::setprecision(6) << value;
+  return text.str();
+}
+
+}  // namespace
 
 TrainSummary run_training(const TrainConfig& config) {
   const LanguageDefinitions definitions = read_definitions_file(config.definitions_path);
@@ -37,7 +51,21 @@ TrainSummary run_training(const TrainConfig& config) {
     summary.invalid_tokens += language.invalid_tokens;
   }
 
-  const std::string json = render_data_file(set.languages, statistics, config.calibration);
+  DiscriminativeRecord record;
+  if (config.discriminative.epochs > 0) {
+    const std::vector<SampleTokens> samples =
+        read_sample_tokens(set.files, tokenizer, config.threads, config.max_repeats,
+                           config.progress ? terminal_progress("re-reading") : ProgressFn());
+    DiscriminativeReport report;
+    statistics = train_discriminatively(statistics, config.calibration, samples,
+                                        config.discriminative, report);
+    summary.misranked = report.errors;
+    summary.scored_samples = report.samples;
+    record = {config.discriminative.epochs, decimal(config.discriminative.rate),
+              decimal(config.discriminative.margin), summary.tokens};
+  }
+
+  const std::string json = render_data_file(set.languages, statistics, config.calibration, record);
   require_valid_data_file(json, config.output_path);
   write_file_atomically(config.output_path, json);
   summary.output_bytes = json.size();

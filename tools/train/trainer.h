@@ -19,6 +19,10 @@ struct TrainSummary {
   std::uint64_t pruned_tokens = 0;    // distinct tokens removed, summed over languages
   std::uint64_t invalid_tokens = 0;   // occurrences dropped for not being UTF-8
   std::uint64_t output_bytes = 0;
+  // With --discriminative-epochs: training samples misranked with their project left
+  // out, before the first epoch and during each.
+  std::vector<std::size_t> misranked;
+  std::size_t scored_samples = 0;
 };
 
 // Reads the definitions and samples, counts tokens and writes the data file.
