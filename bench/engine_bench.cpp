@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "reference_engine.h"
 #include "sample_texts.h"
 
@@ -32,6 +32,7 @@ using quillon::lingomat::Tokenizer;
 using quillon::lingomat::TokenSink;
 using quillon::lingomat::testing::NamedText;
 namespace reference = quillon::lingomat::reference;
+namespace defaults = quillon::lingomat::defaults;
 
 std::string g_data_file = LINGOMAT_BENCH_DATA;
 std::string g_files_dir;
@@ -51,7 +52,8 @@ const std::vector<NamedText>& real_files() {
 std::size_t g_heap_now = 0;
 std::size_t g_heap_peak = 0;
 
-Lingomat::Opts engine_opts(std::uint64_t max_bytes = 10240, std::uint64_t max_tokens = 500) {
+Lingomat::Opts engine_opts(std::uint64_t max_bytes = defaults::kMaxBytes,
+                           std::uint64_t max_tokens = defaults::kMaxTokens) {
   Lingomat::Opts opts;
   opts.classifier.data_file = g_data_file;
   opts.tokenizer = {max_bytes, max_tokens};

@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "classify/text_tokens.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat {
 namespace {

@@ -10,7 +10,7 @@
 #include "check/data_file_check.h"
 #include "check/engine_cross_check.h"
 #include "common/tool_error.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::tools {
 namespace {

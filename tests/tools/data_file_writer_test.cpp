@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "common/tool_error.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "test_support.h"
 
 namespace quillon::lingomat::tools {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "common/split.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "sample_corpus.h"
 #include "test_support.h"
 

@@ -1,4 +1,4 @@
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 #include <gtest/gtest.h>
 

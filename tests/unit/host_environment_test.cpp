@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "temp_file.h"
 #include "tokenize/tokenizer.h"
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "sample_texts.h"
 
 namespace quillon::lingomat {

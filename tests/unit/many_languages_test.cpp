@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "temp_file.h"
 
 namespace quillon::lingomat {

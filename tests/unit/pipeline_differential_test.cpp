@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "reference_engine.h"
 #include "sample_texts.h"
 #include "temp_file.h"
@@ -81,7 +81,8 @@ class ShippedDataFile : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     if (!std::filesystem::exists(LINGOMAT_TEST_DATA)) return;
-    defaults_ = new Pair(make_pair(LINGOMAT_TEST_DATA, 10240, 500, 40, -8.0));
+    defaults_ = new Pair(make_pair(LINGOMAT_TEST_DATA, defaults::kMaxBytes, defaults::kMaxTokens,
+                                   defaults::kMinTokens, defaults::kMinScorePerToken));
     relaxed_ = new Pair(make_pair(LINGOMAT_TEST_DATA, 0, 0, 0, 0.0));
   }
   static void TearDownTestSuite() {

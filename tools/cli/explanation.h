@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::cli {
 
