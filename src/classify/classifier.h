@@ -24,8 +24,8 @@ class Classifier {
     std::string data_file;
     std::uint64_t min_tokens = defaults::kMinTokens;
     std::uint64_t max_results = 0;
-    double min_score_per_token =
-        defaults::kMinScorePerToken;  // read by the engine, not by the classifier
+    // Read by the engine, not by the classifier.
+    double min_score_per_token = defaults::kMinScorePerToken;
   };
 
   // Reads the statistics from opts.data_file.

@@ -5,12 +5,12 @@
 #include <cmath>
 
 #include "json/json_exception.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 // A: 2 samples, tokens x×3 y×1; B: 1 sample, tokens y×2. Six tokens, three samples in all.
 const char* const kTwoLanguages = R"({

@@ -5,12 +5,12 @@
 #include <random>
 
 #include "json/json_exception.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 using Names = std::vector<std::string>;
 
 // Make is known only by its file name; it has no statistics.

@@ -6,12 +6,12 @@
 #include <gtest/gtest.h>
 
 #include "engine/engine.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 constexpr int kLanguages = 20'000;
 

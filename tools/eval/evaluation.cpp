@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ios>
 #include <memory>
 
 #include "common/file_io.h"

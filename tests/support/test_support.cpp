@@ -4,15 +4,27 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-namespace quillon::lingomat::tools::testing {
+namespace quillon::lingomat::test_support {
 
 namespace fs = std::filesystem;
+
+TempFile::TempFile(const std::string& content) {
+  std::string pattern = (fs::temp_directory_path() / "lingomat_test_XXXXXX").string();
+  const int fd = mkstemp(pattern.data());
+  if (fd < 0) throw std::runtime_error("mkstemp failed");
+  close(fd);
+  path_ = pattern;
+  write_text(path_, content);
+}
+
+TempFile::~TempFile() { std::remove(path_.c_str()); }
 
 TempDir::TempDir() {
   std::string pattern = (fs::temp_directory_path() / "lingomat-tools-XXXXXX").string();
@@ -75,4 +87,4 @@ CommandResult run_program(const std::string& program, const std::vector<std::str
   return result;
 }
 
-}  // namespace quillon::lingomat::tools::testing
+}  // namespace quillon::lingomat::test_support

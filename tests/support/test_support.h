@@ -3,7 +3,22 @@
 #include <string>
 #include <vector>
 
-namespace quillon::lingomat::tools::testing {
+// What the tests of every group share: temporary files and folders, and running a program.
+namespace quillon::lingomat::test_support {
+
+// A file with the given content under the system's temporary folder, removed with the object.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& content);
+  ~TempFile();
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
 
 // A fresh folder under the system's temporary folder, removed with everything in it.
 class TempDir {
@@ -35,4 +50,4 @@ struct CommandResult {
 // Runs `program` with `args` (no shell interpretation of the arguments).
 CommandResult run_program(const std::string& program, const std::vector<std::string>& args);
 
-}  // namespace quillon::lingomat::tools::testing
+}  // namespace quillon::lingomat::test_support
