@@ -1,5 +1,7 @@
 #include "test_support.h"
 
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +12,8 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+extern char** environ;
 
 namespace quillon::lingomat::test_support {
 
@@ -61,28 +65,39 @@ std::vector<std::string> list_folder(const std::string& path) {
   return names;
 }
 
-CommandResult run_program(const std::string& program, const std::vector<std::string>& args) {
+CommandResult run_program(const std::string& program, const std::vector<std::string>& args,
+                          const RunOptions& options) {
   TempDir capture;
-  const std::string out_path = capture / "out";
+  const std::string in_path = capture / "in";
+  const std::string out_path = options.stdout_path.empty() ? capture / "out" : options.stdout_path;
   const std::string err_path = capture / "err";
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("fork failed");
-  if (child == 0) {
-    if (!freopen(out_path.c_str(), "w", stdout) || !freopen(err_path.c_str(), "w", stderr)) {
-      _exit(127);
-    }
-    std::vector<char*> argv;
-    argv.push_back(const_cast<char*>(program.c_str()));
-    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
-    _exit(127);
-  }
+  write_text(in_path, options.stdin_text);
+
+  std::vector<std::string> argv_strings{program};
+  argv_strings.insert(argv_strings.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (std::string& arg : argv_strings) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+
+  // posix_spawn rather than fork: the test programs may have threads running.
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, in_path.c_str(), O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
+  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
+  pid_t child = 0;
+  const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (spawned != 0) throw std::runtime_error("cannot start " + program);
+
   int raw = 0;
   waitpid(child, &raw, 0);
   CommandResult result;
   result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  result.out = read_text(out_path);
+  result.signal = WIFSIGNALED(raw) ? WTERMSIG(raw) : 0;
+  if (options.stdout_path.empty()) result.out = read_text(out_path);
   result.err = read_text(err_path);
   return result;
 }

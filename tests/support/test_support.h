@@ -43,11 +43,19 @@ std::vector<std::string> list_folder(const std::string& path);
 
 struct CommandResult {
   int status = -1;  // the exit status, or -1 when the program did not exit normally
-  std::string out;
+  int signal = 0;   // the signal that ended it, if one did
+  std::string out;  // empty when standard output went to a file
   std::string err;
 };
 
-// Runs `program` with `args` (no shell interpretation of the arguments).
-CommandResult run_program(const std::string& program, const std::vector<std::string>& args);
+struct RunOptions {
+  std::string stdin_text;   // what the program reads on standard input
+  std::string stdout_path;  // where its standard output goes; empty: into CommandResult::out
+};
+
+// Runs `program` with `args` (no shell interpretation of the arguments) and waits for it.
+// Throws when it cannot be started.
+CommandResult run_program(const std::string& program, const std::vector<std::string>& args,
+                          const RunOptions& options = {});
 
 }  // namespace quillon::lingomat::test_support
