@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "reference_engine.h"
 #include "sample_texts.h"
 
@@ -30,8 +30,9 @@ namespace {
 using quillon::lingomat::Lingomat;
 using quillon::lingomat::Tokenizer;
 using quillon::lingomat::TokenSink;
-using quillon::lingomat::testing::NamedText;
+using quillon::lingomat::test_support::NamedText;
 namespace reference = quillon::lingomat::reference;
+namespace defaults = quillon::lingomat::defaults;
 
 std::string g_data_file = LINGOMAT_BENCH_DATA;
 std::string g_files_dir;
@@ -42,8 +43,8 @@ std::map<std::string, double> g_figures;
 const std::vector<NamedText>& real_files() {
   static const std::vector<NamedText> files =
       g_files_dir.empty()
-          ? quillon::lingomat::testing::repository_files(LINGOMAT_BENCH_REPOSITORY, 100000)
-          : quillon::lingomat::testing::files_under(g_files_dir, 100000);
+          ? quillon::lingomat::test_support::repository_files(LINGOMAT_BENCH_REPOSITORY, 100000)
+          : quillon::lingomat::test_support::files_under(g_files_dir, 100000);
   return files;
 }
 
@@ -51,7 +52,8 @@ const std::vector<NamedText>& real_files() {
 std::size_t g_heap_now = 0;
 std::size_t g_heap_peak = 0;
 
-Lingomat::Opts engine_opts(std::uint64_t max_bytes = 10240, std::uint64_t max_tokens = 500) {
+Lingomat::Opts engine_opts(std::uint64_t max_bytes = defaults::kMaxBytes,
+                           std::uint64_t max_tokens = defaults::kMaxTokens) {
   Lingomat::Opts opts;
   opts.classifier.data_file = g_data_file;
   opts.tokenizer = {max_bytes, max_tokens};
@@ -219,8 +221,8 @@ BENCHMARK(BM_GrowthLimitsOff)->RangeMultiplier(4)->Range(1, 1024)->Unit(benchmar
 // resident memory one call adds, per MiB of input.
 void BM_Hostile(benchmark::State& state) {
   const std::size_t mib = static_cast<std::size_t>(state.range(0));
-  const auto& shape =
-      quillon::lingomat::testing::hostile_shapes().at(static_cast<std::size_t>(state.range(1)));
+  const auto& shape = quillon::lingomat::test_support::hostile_shapes().at(
+      static_cast<std::size_t>(state.range(1)));
   const std::string text = shape.make(mib << 20);
   const Lingomat& identifier = engine();
   // One call first, to see the most heap it holds at once.

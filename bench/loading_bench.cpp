@@ -19,7 +19,7 @@
 
 #include <rapidjson/document.h>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "json/json_member_index.h"
 
 namespace {

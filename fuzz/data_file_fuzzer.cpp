@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "json/json_exception.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace {
 

@@ -1,15 +1,13 @@
-#include <ios>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include "engine/lingomat.h"
-#include "json/json_exception.h"
+#include "engine/engine.h"
+#include "engine/status.h"
 #include "lingomat.h"
 
-using quillon::lingomat::JsonException;
 using quillon::lingomat::Lingomat;
+using quillon::lingomat::status_of_current_exception;
 
 static_assert(sizeof(LingomatOpts) == 56, "LingomatOpts is part of the binary interface");
 
@@ -18,26 +16,6 @@ struct LingomatEngine {
 };
 
 namespace {
-
-// Called from inside a catch-all handler: rethrows and translates the exception in flight.
-// No exception may cross into a C host, whatever its type, so the last clause takes the rest.
-int handle_exception() noexcept {
-  try {
-    throw;
-  } catch (const JsonException&) {
-    return LINGOMAT_ERROR_JSON;
-  } catch (const std::bad_alloc&) {
-    return LINGOMAT_ERROR_MEMORY;
-  } catch (const std::ios_base::failure&) {
-    return LINGOMAT_ERROR_FILE_IO;
-  } catch (const std::logic_error&) {
-    return LINGOMAT_ERROR_BAD_PARAMETER;
-  } catch (const std::exception&) {
-    return LINGOMAT_ERROR_UNKNOWN;
-  } catch (...) {
-    return LINGOMAT_ERROR_UNKNOWN;
-  }
-}
 
 Lingomat::Opts engine_opts(const LingomatOpts& opts) {
   Lingomat::Opts result;
@@ -61,29 +39,16 @@ Lingomat::Opts engine_opts(const LingomatOpts& opts) {
 extern "C" {
 
 LINGOMAT_API const char* lingomatPlugInGetErrorString(int code) noexcept {
-  switch (code) {
-    case LINGOMAT_SUCCESS:
-      return "Success";
-    case LINGOMAT_ERROR_BAD_PARAMETER:
-      return "Bad parameter";
-    case LINGOMAT_ERROR_MEMORY:
-      return "Memory";
-    case LINGOMAT_ERROR_FILE_IO:
-      return "File I/O";
-    case LINGOMAT_ERROR_JSON:
-      return "Unable to process JSON";
-    default:
-      return "Unknown error";
-  }
+  return quillon::lingomat::status_text(code);
 }
 
 LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) noexcept {
   if (opts == nullptr) return LINGOMAT_ERROR_BAD_PARAMETER;
-  const Lingomat::Opts defaults;
-  opts->maxScanBytes = defaults.tokenizer.max_bytes;
-  opts->maxTokens = defaults.tokenizer.max_tokens;
-  opts->minTokens = defaults.classifier.min_tokens;
-  opts->minScorePerToken = defaults.classifier.min_score_per_token;
+  namespace defaults = quillon::lingomat::defaults;
+  opts->maxScanBytes = defaults::kMaxBytes;
+  opts->maxTokens = defaults::kMaxTokens;
+  opts->minTokens = defaults::kMinTokens;
+  opts->minScorePerToken = defaults::kMinScorePerToken;
   return LINGOMAT_SUCCESS;
 }
 
@@ -95,7 +60,7 @@ LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts
     *handle = new LingomatEngine{Lingomat(engine_opts(*opts))};
     return LINGOMAT_SUCCESS;
   } catch (...) {
-    return handle_exception();
+    return status_of_current_exception();
   }
 }
 
@@ -114,7 +79,7 @@ LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, u
     *language = handle->engine.classifier().language_resident_c_str(identified);
     return LINGOMAT_SUCCESS;
   } catch (...) {
-    return handle_exception();
+    return status_of_current_exception();
   }
 }
 

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 echo "Configuring and building (about a minute on 2 cores the first time)..." >&2
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DLINGOMAT_BUILD_BENCHMARKS=ON >/dev/null
 # The build's progress lines ("[ 42%] Building ...") and its errors reach the terminal.
 cmake --build build -j"$(nproc)" > >(grep --line-buffered -E '^\[ *[0-9]+%\]' >&2 || true)
 if [ $# -eq 0 ]; then

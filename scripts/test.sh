@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 rm -rf build
-cmake -S . -B build -DLINGOMAT_WERROR=ON
+cmake -S . -B build -DLINGOMAT_WERROR=ON -DLINGOMAT_BUILD_BENCHMARKS=ON
 cmake --build build -j"$(nproc)"
 ctest --test-dir build --output-on-failure -j"$(nproc)"
 bash scripts/test-sanitizers.sh asan tsan

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "json/data_file_keys.h"
 #include "json/json_member_index.h"
 
 namespace quillon::lingomat {
@@ -39,9 +40,9 @@ Classifier::Classifier(const Opts& opts, const JsonValue& document)
 // Two passes over the token objects: the first checks every value in file order and interns
 // the tokens, counting each token's languages; the second fills the postings in place.
 void Classifier::load(const JsonValue& document) {
-  const auto language_tokens = json_get<JsonConstObject>(document, "language_tokens");
-  const auto tokens = json_get<JsonConstObject>(document, "tokens");
-  const auto languages = json_get<JsonConstObject>(document, "languages");
+  const auto language_tokens = json_get<JsonConstObject>(document, data_keys::kLanguageTokens);
+  const auto tokens = json_get<JsonConstObject>(document, data_keys::kTokens);
+  const auto languages = json_get<JsonConstObject>(document, data_keys::kLanguages);
   const JsonMemberIndex language_tokens_index(language_tokens);
   const JsonMemberIndex tokens_index(tokens);
 
@@ -109,8 +110,8 @@ void Classifier::load(const JsonValue& document) {
     entry->second.tokens = token_total;
     entry->second.samples = samples;
   }
-  tokens_total_ = widen(json_get<int>(document, "tokens_total"));
-  languages_total_ = widen(json_get<int>(document, "languages_total"));
+  tokens_total_ = widen(json_get<int>(document, data_keys::kTokensTotal));
+  languages_total_ = widen(json_get<int>(document, data_keys::kLanguagesTotal));
   vocabulary_.shrink_to_fit();
 
   // Counts per token become start offsets; one more entry marks the end.

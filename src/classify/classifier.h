@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "classify/vocabulary.h"
+#include "engine/option_defaults.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -21,9 +22,10 @@ class Classifier {
  public:
   struct Opts {
     std::string data_file;
-    std::uint64_t min_tokens = 40;
+    std::uint64_t min_tokens = defaults::kMinTokens;
     std::uint64_t max_results = 0;
-    double min_score_per_token = -8.0;  // read by the engine, not by the classifier
+    // Read by the engine, not by the classifier.
+    double min_score_per_token = defaults::kMinScorePerToken;
   };
 
   // Reads the statistics from opts.data_file.

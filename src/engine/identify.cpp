@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "classify/text_tokens.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat {
 namespace {
@@ -21,12 +21,19 @@ std::vector<std::string> Lingomat::default_restrictions() const {
 
 Ranking Lingomat::identify_by_classifier(std::string_view code,
                                          const std::vector<std::string>& candidates) const {
+  return rank(code, candidates, nullptr, nullptr);
+}
+
+Ranking Lingomat::rank(std::string_view code, const std::vector<std::string>& candidates,
+                       Ranking* before_floor, std::uint64_t* token_count) const {
   TextTokens tokens(classifier_.vocabulary());
   tokenizer_.extract_tokens(code, tokens);
+  if (token_count != nullptr) *token_count = tokens.count();
   // No candidates and no restrictions: every language, without copying their names first.
   const std::vector<std::string>* names = &candidates;
   if (candidates.empty()) names = apply_restrictions() ? &opts_.restrictions : nullptr;
   Ranking ranking = classifier_.classify(tokens, names);
+  if (before_floor != nullptr) *before_floor = ranking;
 
   const double floor = opts_.classifier.min_score_per_token;
   if (floor != 0.0) {  // -0.0 compares equal too, and also switches the floor off
@@ -40,9 +47,30 @@ Ranking Lingomat::identify_by_classifier(std::string_view code,
 }
 
 std::string Lingomat::identify(std::string_view file_name, std::string_view code) const {
+  return decide(file_name, code, nullptr);
+}
+
+Lingomat::Trace Lingomat::trace(std::string_view file_name, std::string_view code) const {
+  Trace trace;
+  decide(file_name, code, &trace);
+  return trace;
+}
+
+std::string Lingomat::decide(std::string_view file_name, std::string_view code,
+                             Trace* trace) const {
   std::vector<std::string> candidates = identify_by_filename(file_name);
-  append(candidates, identify_by_shebang(code));
-  append(candidates, identify_by_extension(file_name));
+  std::string interpreter = tokenizer_.extract_shebang(code);
+  std::vector<std::string> by_interpreter = identify_by_interpreter(interpreter);
+  std::vector<std::string> by_extension = identify_by_extension(file_name);
+  if (trace != nullptr) {
+    trace->by_filename = candidates;
+    trace->interpreter = std::move(interpreter);
+    trace->by_interpreter = by_interpreter;
+    trace->extension = std::string(extension_of(file_name));
+    trace->by_extension = by_extension;
+  }
+  append(candidates, std::move(by_interpreter));
+  append(candidates, std::move(by_extension));
 
   if (apply_restrictions()) {
     const auto& allowed = opts_.restrictions;
@@ -54,17 +82,36 @@ std::string Lingomat::identify(std::string_view file_name, std::string_view code
                      candidates.end());
   }
 
-  // One candidate, however often listed, is the answer whatever the classifier says.
-  if (!candidates.empty() &&
+  // One candidate, however often listed, is the answer whatever the classifier says; only a
+  // trace asks the classifier anyway.
+  const bool only_candidate =
+      !candidates.empty() &&
       std::all_of(candidates.begin(), candidates.end(),
-                  [&](const std::string& name) { return name == candidates.front(); })) {
-    return candidates.front();
+                  [&](const std::string& name) { return name == candidates.front(); });
+  if (only_candidate && trace == nullptr) return candidates.front();
+
+  Ranking kept = rank(code, candidates, trace != nullptr ? &trace->ranking : nullptr,
+                      trace != nullptr ? &trace->token_count : nullptr);
+  std::string answer;
+  Trace::Reason reason = Trace::Reason::kNone;
+  if (only_candidate) {
+    answer = candidates.front();
+    reason = Trace::Reason::kOnlyCandidate;
+  } else if (!kept.empty()) {
+    answer = kept.front().first;
+    reason = Trace::Reason::kClassifier;
+  } else if (!candidates.empty()) {
+    // The classifier is silent: file name beats interpreter, interpreter beats extension.
+    answer = candidates.front();
+    reason = Trace::Reason::kFirstCandidate;
   }
-  const Ranking ranking = identify_by_classifier(code, candidates);
-  if (!ranking.empty()) return ranking.front().first;
-  // The classifier is silent: file name beats interpreter, interpreter beats extension.
-  if (!candidates.empty()) return candidates.front();
-  return std::string();
+  if (trace != nullptr) {
+    trace->candidates = std::move(candidates);
+    trace->kept = std::move(kept);
+    trace->answer = answer;
+    trace->reason = reason;
+  }
+  return answer;
 }
 
 }  // namespace quillon::lingomat

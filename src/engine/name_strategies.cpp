@@ -1,4 +1,4 @@
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat {
 namespace {
@@ -15,14 +15,23 @@ std::vector<std::string> Lingomat::identify_by_filename(std::string_view file_na
 }
 
 std::vector<std::string> Lingomat::identify_by_shebang(std::string_view code) const {
-  return languages_for(interpreters_, tokenizer_.extract_shebang(code));
+  return identify_by_interpreter(tokenizer_.extract_shebang(code));
+}
+
+std::vector<std::string> Lingomat::identify_by_interpreter(std::string_view interpreter) const {
+  return languages_for(interpreters_, interpreter);
+}
+
+std::string_view extension_of(std::string_view file_name) {
+  // Only the last dot counts, wherever it is: "archive.tar.gz" is looked up as ".gz".
+  const auto dot = file_name.rfind('.');
+  return dot == std::string_view::npos ? std::string_view() : file_name.substr(dot);
 }
 
 std::vector<std::string> Lingomat::identify_by_extension(std::string_view file_name) const {
-  // Only the last dot counts, wherever it is: "archive.tar.gz" is looked up as ".gz".
-  const auto dot = file_name.rfind('.');
-  if (dot == std::string_view::npos) return {};
-  return languages_for(extnames_, file_name.substr(dot));
+  const std::string_view extension = extension_of(file_name);
+  if (extension.empty()) return {};
+  return languages_for(extnames_, extension);
 }
 
 }  // namespace quillon::lingomat

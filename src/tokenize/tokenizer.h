@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/option_defaults.h"
 #include "tokenize/token_sink.h"
 
 namespace quillon::lingomat {
@@ -13,8 +14,10 @@ namespace quillon::lingomat {
 class Tokenizer {
  public:
   struct Opts {
-    std::uint64_t max_bytes = 10240;  // tokens start only below this offset; 0: no limit
-    std::uint64_t max_tokens = 500;   // no step starts once this many tokens exist; 0: no limit
+    std::uint64_t max_bytes =
+        defaults::kMaxBytes;  // tokens start only below this offset; 0: no limit
+    std::uint64_t max_tokens =
+        defaults::kMaxTokens;  // no step starts once this many tokens exist; 0: no limit
   };
 
   explicit Tokenizer(const Opts& opts) : opts_(opts) {}

@@ -8,10 +8,10 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::CommandResult;
-using testing::run_program;
-using testing::TempDir;
-using testing::write_text;
+using test_support::CommandResult;
+using test_support::run_program;
+using test_support::TempDir;
+using test_support::write_text;
 
 constexpr const char* kData =
     R"({"filenames": {}, "extnames": {"C": [".c"], "Zig": [".zig"]}, "interpreters": {},
@@ -77,7 +77,7 @@ TEST(CheckCommand, TheTrainerRefusesToWriteAFileThatFailsTheCheck) {
   EXPECT_TRUE(contains(result.err, "refusing to write a data file that fails its check"))
       << result.err;
   EXPECT_TRUE(contains(result.err, "the token count of \"Blank\" is 0")) << result.err;
-  EXPECT_EQ(testing::read_text(dir / "out.json"), "previous");
+  EXPECT_EQ(test_support::read_text(dir / "out.json"), "previous");
 }
 
 TEST(CheckCommand, BadCommandLinesExitWithTwo) {

@@ -6,16 +6,16 @@
 #include <utility>
 #include <vector>
 
-#include "../unit/temp_file.h"
 #include "check/data_file_check.h"
 #include "check/engine_cross_check.h"
 #include "common/tool_error.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
+#include "test_support.h"
 
 namespace quillon::lingomat::tools {
 namespace {
 
-using lingomat::testing::TempFile;
+using lingomat::test_support::TempFile;
 
 // One member per line, so that a line number names the member.
 const std::string kValid =

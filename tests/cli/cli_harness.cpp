@@ -5,13 +5,11 @@
 #include <fstream>
 #include <sstream>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-
-extern char** environ;
+#include "test_support.h"
 
 namespace lingomat_cli_test {
+
+namespace test_support = quillon::lingomat::test_support;
 
 namespace fs = std::filesystem;
 
@@ -28,13 +26,6 @@ constexpr const char* kTinyData = R"json({
   "tokens_total": 200,
   "languages_total": 2
 })json";
-
-std::string read_whole(const std::string& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 }  // namespace
 
@@ -74,38 +65,13 @@ CliRun CliTest::run(const std::vector<std::string>& args, const std::string& std
 
 CliRun CliTest::run_program(const std::string& program, const std::vector<std::string>& args,
                             const std::string& stdin_text, const std::string& stdout_path) const {
-  const std::string in_file = path("io/stdin");
-  const std::string out_file = stdout_path.empty() ? path("io/stdout") : stdout_path;
-  const std::string err_file = path("io/stderr");
-  std::ofstream(in_file, std::ios::binary) << stdin_text;
-
-  std::vector<std::string> argv_strings{program};
-  argv_strings.insert(argv_strings.end(), args.begin(), args.end());
-  std::vector<char*> argv;
-  for (std::string& arg : argv_strings) argv.push_back(arg.data());
-  argv.push_back(nullptr);
-
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, in_file.c_str(), O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 1, out_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
-  posix_spawn_file_actions_addopen(&actions, 2, err_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-
+  const test_support::CommandResult ran =
+      test_support::run_program(program, args, {stdin_text, stdout_path});
   CliRun result;
-  if (spawned != 0) {
-    ADD_FAILURE() << "cannot start " << argv[0];
-    return result;
-  }
-  int status = 0;
-  waitpid(pid, &status, 0);
-  result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  if (stdout_path.empty()) result.out = read_whole(out_file);
-  result.err = read_whole(err_file);
+  // As a shell reports it: 128 plus the signal that ended the program.
+  result.exit_code = ran.signal != 0 ? 128 + ran.signal : ran.status;
+  result.out = ran.out;
+  result.err = ran.err;
   return result;
 }
 

@@ -7,8 +7,8 @@
 #include <new>
 #include <string>
 
-#include "../unit/temp_file.h"
 #include "lingomat.h"
+#include "test_support.h"
 
 namespace {
 
@@ -67,7 +67,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free
 
 namespace {
 
-using quillon::lingomat::testing::TempFile;
+using quillon::lingomat::test_support::TempFile;
 
 const char kData[] =
     R"({"filenames": {"Make": ["Makefile"]}, "extnames": {"C": [".c"], "Python": [".py"]},

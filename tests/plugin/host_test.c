@@ -92,14 +92,18 @@ static const char* name_of(LingomatHandle handle, const char* text, const char* 
 }
 
 static void test_defaults_and_messages(void) {
+  /* Starts from a filled-in record, so that clearing a field the defaults must keep shows. */
+  static const char* const kept_list[] = {"C", "Python"};
   LingomatOpts opts;
   memset(&opts, 0, sizeof opts);
   opts.dataFile = "kept.json";
+  opts.restrictions = kept_list;
   opts.restrictionCount = 7;
   CHECK(init_defaults(&opts) == LINGOMAT_SUCCESS);
   CHECK(opts.maxScanBytes == 10240 && opts.maxTokens == 500 && opts.minTokens == 40);
   CHECK(opts.minScorePerToken == -8.0);
   CHECK(strcmp(opts.dataFile, "kept.json") == 0 && opts.restrictionCount == 7);
+  CHECK(opts.restrictions == kept_list);
   CHECK(init_defaults(NULL) == LINGOMAT_ERROR_BAD_PARAMETER);
 
   CHECK(strcmp(error_string(0), "Success") == 0);
@@ -172,13 +176,23 @@ static void test_identification(void) {
   const char* second = name_of(engine, "y", "b.c");
   CHECK(first != NULL && first == second);
 
-  /* Buffers are length-counted: bytes after the length are never read. */
+  /* Buffers are length-counted: bytes after the length are never read. With no name the
+   * classifier decides, and the Python tail would outvote the C head if it were read. */
+  char* c_then_python = malloc(strlen(c_code) + strlen(python_code) * 3 + 1);
+  strcpy(c_then_python, c_code);
+  for (int i = 0; i < 3; ++i) strcat(c_then_python, python_code);
+  CHECK(same_text(name_of(engine, c_then_python, NULL), "Python"));
   const char* language = "untouched";
-  CHECK(identify(engine, "int x; garbage", 6, "a.c", &language) == LINGOMAT_SUCCESS);
+  CHECK(identify(engine, c_then_python, strlen(c_code), NULL, &language) == LINGOMAT_SUCCESS);
   CHECK(same_text(language, "C"));
   CHECK(identify(engine, "", 0, NULL, &language) == LINGOMAT_SUCCESS && language == NULL);
-  const char with_nul[] = "int\0x;";
-  CHECK(identify(engine, with_nul, sizeof with_nul - 1, "a.c", &language) == LINGOMAT_SUCCESS);
+  /* A NUL byte is text like any other: what follows it is read, and here outvotes the head. */
+  size_t head = strlen(c_code);
+  c_then_python[head] = '\0';
+  CHECK(identify(engine, c_then_python, strlen(c_then_python + head + 1) + head + 1, NULL,
+                 &language) == LINGOMAT_SUCCESS);
+  CHECK(same_text(language, "Python"));
+  free(c_then_python);
 
   /* Refusals leave the answer untouched. */
   language = "untouched";

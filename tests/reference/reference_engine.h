@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "engine/option_defaults.h"
+
 namespace quillon::lingomat::reference {
 
 using Ranking = std::vector<std::pair<std::string, double>>;
@@ -38,8 +40,8 @@ class Scanner {
 };
 
 struct TokenizerOpts {
-  std::uint64_t max_bytes = 10240;
-  std::uint64_t max_tokens = 500;
+  std::uint64_t max_bytes = defaults::kMaxBytes;
+  std::uint64_t max_tokens = defaults::kMaxTokens;
 };
 
 std::vector<std::string> extract_tokens(const std::string& text, const TokenizerOpts& opts);
@@ -68,8 +70,8 @@ class Classifier {
 struct EngineOpts {
   TokenizerOpts tokenizer;
   std::string data_file;
-  std::uint64_t min_tokens = 40;
-  double min_score_per_token = -8.0;
+  std::uint64_t min_tokens = defaults::kMinTokens;
+  double min_score_per_token = defaults::kMinScorePerToken;
   std::vector<std::string> restrictions;
 };
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quillon::lingomat::testing {
+namespace quillon::lingomat::test_support {
 
 // Texts that the differential tests and the benchmarks feed to the engine.
 
@@ -129,4 +129,4 @@ inline std::vector<NamedText> hostile_texts(std::size_t size) {
   return texts;
 }
 
-}  // namespace quillon::lingomat::testing
+}  // namespace quillon::lingomat::test_support

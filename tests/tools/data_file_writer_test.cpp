@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "common/tool_error.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "test_support.h"
 
 namespace quillon::lingomat::tools {
@@ -83,8 +83,9 @@ TEST(DataFileWriterTest, LanguagesWithoutSamplesGetOnlyTheirNames) {
 
 TEST(DataFileWriterTest, TheEngineLoadsTheFile) {
   const Example example;
-  testing::TempDir dir;
-  testing::write_text(dir / "data.json", render_data_file(example.languages, example.statistics));
+  test_support::TempDir dir;
+  test_support::write_text(dir / "data.json",
+                           render_data_file(example.languages, example.statistics));
   Lingomat::Opts opts;
   opts.classifier.data_file = dir / "data.json";
   const Lingomat engine(opts);
@@ -96,8 +97,8 @@ TEST(DataFileWriterTest, TheEngineLoadsTheFile) {
 
 // Loads `json` into an engine and scores `tokens` for C.
 double score_for_c(const std::string& json, const std::vector<std::string>& tokens) {
-  testing::TempDir dir;
-  testing::write_text(dir / "data.json", json);
+  test_support::TempDir dir;
+  test_support::write_text(dir / "data.json", json);
   Classifier::Opts opts;
   opts.data_file = dir / "data.json";
   opts.min_tokens = 0;

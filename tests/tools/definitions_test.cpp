@@ -8,8 +8,8 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::TempDir;
-using testing::write_text;
+using test_support::TempDir;
+using test_support::write_text;
 
 TEST(DefinitionsTest, ParsesSectionsKeysAndComments) {
   const auto definitions = parse_definitions(R"(# leading comment

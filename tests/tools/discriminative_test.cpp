@@ -51,8 +51,8 @@ struct TwoLanguages {
 };
 
 std::string top_language(const std::string& json, const std::vector<std::string>& tokens) {
-  testing::TempDir dir;
-  testing::write_text(dir / "data.json", json);
+  test_support::TempDir dir;
+  test_support::write_text(dir / "data.json", json);
   Classifier::Opts opts;
   opts.data_file = dir / "data.json";
   opts.min_tokens = 0;

@@ -7,18 +7,18 @@
 #include <gtest/gtest.h>
 
 #include "common/split.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "sample_corpus.h"
 #include "test_support.h"
 
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::CommandResult;
-using testing::list_folder;
-using testing::read_text;
-using testing::run_program;
-using testing::write_text;
+using test_support::CommandResult;
+using test_support::list_folder;
+using test_support::read_text;
+using test_support::run_program;
+using test_support::write_text;
 
 rapidjson::Document parse_strict(const std::string& json) {
   rapidjson::Document document;
@@ -34,8 +34,8 @@ bool contains(const std::string& text, const std::string& part) {
 class EndToEndTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    testing::write_sample_corpus(samples());
-    write_text(definitions(), testing::sample_definitions());
+    test_support::write_sample_corpus(samples());
+    write_text(definitions(), test_support::sample_definitions());
     std::filesystem::create_directories(dir_ / "out");
   }
 
@@ -59,16 +59,16 @@ class EndToEndTest : public ::testing::Test {
   }
 
   // The corpus files on the held-out side of fold 0 of 3, by the shared rule.
-  static std::vector<testing::CorpusFile> held_out_files() {
+  static std::vector<test_support::CorpusFile> held_out_files() {
     std::map<std::string, std::vector<std::string>> projects;
-    for (const auto& file : testing::sample_corpus()) {
+    for (const auto& file : test_support::sample_corpus()) {
       auto& names = projects[file.language];
       if (std::find(names.begin(), names.end(), file.project) == names.end()) {
         names.push_back(file.project);
       }
     }
-    std::vector<testing::CorpusFile> held_out;
-    for (const auto& file : testing::sample_corpus()) {
+    std::vector<test_support::CorpusFile> held_out;
+    for (const auto& file : test_support::sample_corpus()) {
       const auto test = test_projects(projects[file.language], 3, 0);
       if (std::find(test.begin(), test.end(), file.project) != test.end()) {
         held_out.push_back(file);
@@ -77,7 +77,7 @@ class EndToEndTest : public ::testing::Test {
     return held_out;
   }
 
-  testing::TempDir dir_;
+  test_support::TempDir dir_;
 };
 
 TEST_F(EndToEndTest, TrainedDataFileIdentifiesHeldOutSnippets) {
@@ -249,7 +249,7 @@ TEST_F(EndToEndTest, BadTrainingInputLeavesTheOutputAlone) {
 
   write_text(definitions(), "[Python]\nextensions = .py\n[C]\nextension = .c\n");
   expect_failure({}, definitions() + ":4: unknown key 'extension'");
-  write_text(definitions(), testing::sample_definitions());
+  write_text(definitions(), test_support::sample_definitions());
 
   expect_failure({"--only", "Rust"}, "--only Rust: definitions file");
 

@@ -14,9 +14,9 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::list_folder;
-using testing::read_text;
-using testing::TempDir;
+using test_support::list_folder;
+using test_support::read_text;
+using test_support::TempDir;
 
 TEST(FileIoTest, WritesAndReplacesWholeFiles) {
   TempDir dir;
@@ -41,7 +41,7 @@ TEST(FileIoTest, FailedWritesNameTheFileAndLeaveNothingBehind) {
                                              ": No such file or directory");
   }
   std::filesystem::create_directories(dir / "taken");
-  testing::write_text(dir / "taken/inside", "kept");
+  test_support::write_text(dir / "taken/inside", "kept");
   EXPECT_THROW(write_file_atomically(dir / "taken", "x"), ToolError);
   EXPECT_EQ(read_text(dir / "taken/inside"), "kept");
   EXPECT_EQ(list_folder(dir.path()), (std::vector<std::string>{"taken"}));
@@ -99,7 +99,7 @@ TEST(FileIoTest, OnlyRegularFilesAreRead) {
   }
   EXPECT_EQ(read_problem(dir.path()), "Is a directory");
   EXPECT_EQ(read_problem(dir / "none"), "No such file or directory");
-  testing::write_text(dir / "ok", "fine");
+  test_support::write_text(dir / "ok", "fine");
   EXPECT_EQ(read_problem(dir / "ok"), "");
   std::filesystem::create_symlink(dir / "ok", dir / "ok-link");
   EXPECT_EQ(try_read_file(dir / "ok-link").content, "fine");
@@ -119,10 +119,10 @@ TEST(FileIoTest, DescriptorsAreReadAsStreams) {
 TEST(FileIoTest, BinaryFilesAreAbandonedOnlyWhenAsked) {
   TempDir dir;
   const std::string binary(std::string("PNG\0\x01", 5) + std::string(100000, 'x'));
-  testing::write_text(dir / "image", binary);
+  test_support::write_text(dir / "image", binary);
   // A NUL beyond the sniffed head does not make a file binary.
   const std::string late = std::string(kBinarySniffBytes, 'a') + std::string(1, '\0');
-  testing::write_text(dir / "late", late);
+  test_support::write_text(dir / "late", late);
 
   const ReadResult skipped = try_read_file(dir / "image", true);
   EXPECT_EQ(skipped.status, ReadStatus::kBinary);

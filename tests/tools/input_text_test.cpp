@@ -13,8 +13,8 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::TempDir;
-using testing::write_text;
+using test_support::TempDir;
+using test_support::write_text;
 
 // Text that differs at every position, so a wrongly placed or truncated view shows.
 std::string numbered_text(std::size_t size) {

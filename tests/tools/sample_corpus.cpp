@@ -2,7 +2,7 @@
 
 #include "test_support.h"
 
-namespace quillon::lingomat::tools::testing {
+namespace quillon::lingomat::test_support {
 
 namespace {
 
@@ -486,4 +486,4 @@ void write_sample_corpus(const std::string& root) {
   }
 }
 
-}  // namespace quillon::lingomat::tools::testing
+}  // namespace quillon::lingomat::test_support

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace quillon::lingomat::tools::testing {
+namespace quillon::lingomat::test_support {
 
 struct CorpusFile {
   std::string language;
@@ -22,4 +22,4 @@ std::string sample_definitions();
 // Writes sample_corpus() below `root` in the samples layout.
 void write_sample_corpus(const std::string& root);
 
-}  // namespace quillon::lingomat::tools::testing
+}  // namespace quillon::lingomat::test_support

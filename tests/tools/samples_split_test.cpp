@@ -12,8 +12,8 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::TempDir;
-using testing::write_text;
+using test_support::TempDir;
+using test_support::write_text;
 
 std::string error_of(const std::function<void()>& action) {
   try {
@@ -44,7 +44,7 @@ TEST(SamplesTreeTest, ListsLanguagesProjectsAndNestedFilesInOrder) {
   for (const SampleFile& file : tree[1].files) paths.push_back(file.relative_path);
   EXPECT_EQ(paths, (std::vector<std::string>{"proj-a/a.py", "proj-a/pkg/sub/b.py", "proj-b/z.py"}));
   EXPECT_EQ(tree[1].files[1].project, "proj-a");
-  EXPECT_EQ(testing::read_text(tree[1].files[1].path), "b");
+  EXPECT_EQ(test_support::read_text(tree[1].files[1].path), "b");
 }
 
 TEST(SamplesTreeTest, RejectsMalformedTrees) {

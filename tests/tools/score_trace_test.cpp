@@ -21,7 +21,8 @@ class ScoreTraceTest : public ::testing::Test {
     const Tokenizer tokenizer(Tokenizer::Opts{});
     add_sample(tokenizer.extract_tokens("int main() { }"), statistics[0]);
     add_sample(tokenizer.extract_tokens("template <class T> int f();"), statistics[1]);
-    testing::write_text(dir_ / "data.json", render_data_file(languages, statistics, {1, 1000}));
+    test_support::write_text(dir_ / "data.json",
+                             render_data_file(languages, statistics, {1, 1000}));
     Lingomat::Opts opts;
     opts.classifier.data_file = dir_ / "data.json";
     engine_ = std::make_unique<Lingomat>(opts);
@@ -32,7 +33,7 @@ class ScoreTraceTest : public ::testing::Test {
     return candidate.seen_score + double(candidate.unseen_tokens) * std::log(1.0 / 1000.0);
   }
 
-  testing::TempDir dir_;
+  test_support::TempDir dir_;
   std::unique_ptr<Lingomat> engine_;
 };
 

@@ -11,8 +11,8 @@
 namespace quillon::lingomat::tools {
 namespace {
 
-using testing::TempDir;
-using testing::write_text;
+using test_support::TempDir;
+using test_support::write_text;
 
 TEST(TokenStatisticsTest, CountsSamplesAndOccurrences) {
   LanguageStatistics statistics;
@@ -64,9 +64,9 @@ TEST(TokenStatisticsTest, PruningDropsRareTokensButKeepsTheTotal) {
 }
 
 std::vector<std::vector<SampleFile>> corpus_files(const std::string& root) {
-  testing::write_sample_corpus(root);
+  test_support::write_sample_corpus(root);
   std::map<std::string, std::vector<SampleFile>> by_language;
-  for (const auto& file : testing::sample_corpus()) {
+  for (const auto& file : test_support::sample_corpus()) {
     by_language[file.language].push_back(
         {file.project, file.relative_path, root + "/" + file.language + "/" + file.relative_path});
   }

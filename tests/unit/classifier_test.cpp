@@ -5,12 +5,12 @@
 #include <cmath>
 
 #include "json/json_exception.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 // A: 2 samples, tokens x×3 y×1; B: 1 sample, tokens y×2. Six tokens, three samples in all.
 const char* const kTwoLanguages = R"({
@@ -222,6 +222,37 @@ TEST(ClassifierRanking, ZeroCountsGiveNonFiniteScoresWithoutCrashing) {
     "tokens_total": 0, "languages_total": 0})");
   const Ranking ranking = classifier.classify(repeat("t", 50), {"Z", "N", "P", "Z", "N", "P"});
   EXPECT_EQ(ranking.size(), 6u);
+}
+
+// Zero counts in the data give every kind of non-finite score: plus infinity (a seen token
+// of a language with no tokens), minus infinity (a token stored with count 0) and NaN (both).
+// Plus infinity ranks first, minus infinity after every finite score, and NaN last, whatever
+// order the candidates come in.
+TEST(ClassifierRanking, NonFiniteScoresLandInAFixedPlace) {
+  const Classifier classifier = load(R"({
+    "languages": {"Finite": 1, "MinusInf": 1, "PlusInf": 1, "NaN": 1},
+    "language_tokens": {"Finite": 1, "MinusInf": 1, "PlusInf": 0, "NaN": 0},
+    "tokens": {"Finite": {"t": 1}, "MinusInf": {"t": 0}, "PlusInf": {"t": 1}, "NaN": {"t": 0}},
+    "tokens_total": 2, "languages_total": 4})");
+  const std::vector<std::vector<std::string>> orders{
+      {"NaN", "MinusInf", "Finite", "PlusInf"},
+      {"PlusInf", "NaN", "Finite", "MinusInf"},
+      {"Finite", "NaN", "MinusInf", "PlusInf", "NaN"},
+  };
+  for (const auto& order : orders) {
+    const Ranking ranking = classifier.classify(repeat("t", 3), order);
+    ASSERT_EQ(ranking.size(), order.size());
+    EXPECT_EQ(ranking[0].first, "PlusInf");
+    EXPECT_TRUE(std::isinf(ranking[0].second) && ranking[0].second > 0);
+    EXPECT_EQ(ranking[1].first, "Finite");
+    EXPECT_TRUE(std::isfinite(ranking[1].second));
+    EXPECT_EQ(ranking[2].first, "MinusInf");
+    EXPECT_TRUE(std::isinf(ranking[2].second) && ranking[2].second < 0);
+    for (std::size_t i = 3; i < ranking.size(); ++i) {
+      EXPECT_EQ(ranking[i].first, "NaN");
+      EXPECT_TRUE(std::isnan(ranking[i].second));
+    }
+  }
 }
 
 }  // namespace

@@ -7,12 +7,12 @@
 #include <gtest/gtest.h>
 
 #include "json/json_reader.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 // A FIFO nobody writes to, removed afterwards. Reading it the ordinary way blocks forever,
 // so these tests rely on the test runner's timeout to catch a hang.

@@ -1,16 +1,16 @@
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "json/json_exception.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 using Names = std::vector<std::string>;
 
 // Make is known only by its file name; it has no statistics.
@@ -207,6 +207,84 @@ TEST_F(EngineTest, ArbitraryInputIsAlwaysAnswered) {
     EXPECT_TRUE(answer.empty() || answer == "C" || answer == "Cpp" || answer == "Python" ||
                 answer == "Ruby" || answer == "Make")
         << answer;
+  }
+}
+
+TEST_F(EngineTest, TraceRecordsEachStepOfTheDecision) {
+  Lingomat::Opts opts;
+  opts.restrictions = {"Cpp", "Python", "Ruby"};
+  const Lingomat engine = make(opts);
+  const std::string code = "#!/usr/bin/ruby\n" + repeat("int template ; ", 20);
+  const Lingomat::Trace trace = engine.trace("lib/Makefile.h", code);
+  EXPECT_EQ(trace.by_filename, Names{});  // the lookup takes the name exactly
+  EXPECT_EQ(trace.interpreter, "ruby");
+  EXPECT_EQ(trace.by_interpreter, Names{"Ruby"});
+  EXPECT_EQ(trace.extension, ".h");
+  EXPECT_EQ(trace.by_extension, (Names{"C", "Cpp"}));
+  EXPECT_EQ(trace.candidates, (Names{"Ruby", "Cpp"}));  // C is not allowed
+  EXPECT_EQ(trace.token_count, 61u);                    // the #! line is one token
+  ASSERT_EQ(trace.ranking.size(), 2u);
+  EXPECT_EQ(trace.ranking[0].first, "Cpp");
+  EXPECT_EQ(trace.kept, trace.ranking);  // the default floor keeps both here
+  EXPECT_EQ(trace.answer, "Cpp");
+  EXPECT_EQ(trace.reason, Lingomat::Trace::Reason::kClassifier);
+}
+
+TEST_F(EngineTest, TraceKeepsTheRankingTheFloorRemoved) {
+  Lingomat::Opts opts;
+  opts.classifier.min_tokens = 0;
+  opts.classifier.min_score_per_token = -5.0;
+  const Lingomat engine = make(opts);
+  const Lingomat::Trace trace = engine.trace("x.h", repeat("zz ", 50));
+  EXPECT_EQ(trace.token_count, 50u);
+  EXPECT_EQ(trace.ranking.size(), 2u);
+  EXPECT_TRUE(trace.kept.empty());
+  EXPECT_EQ(trace.answer, "C");
+  EXPECT_EQ(trace.reason, Lingomat::Trace::Reason::kFirstCandidate);
+}
+
+TEST_F(EngineTest, TraceOfASingleCandidateStillShowsTheClassifier) {
+  const Lingomat engine = make();
+  const Lingomat::Trace trace = engine.trace("a.py", repeat("int ; ", 30));
+  EXPECT_EQ(trace.answer, "Python");
+  EXPECT_EQ(trace.reason, Lingomat::Trace::Reason::kOnlyCandidate);
+  ASSERT_EQ(trace.ranking.size(), 1u);
+  EXPECT_EQ(trace.ranking[0].first, "Python");
+
+  const Lingomat::Trace none = engine.trace("", "");
+  EXPECT_EQ(none.answer, "");
+  EXPECT_EQ(none.reason, Lingomat::Trace::Reason::kNone);
+  EXPECT_TRUE(none.candidates.empty() && none.ranking.empty());
+}
+
+// identify() and trace() share one pipeline; on arbitrary names and texts, under options that
+// exercise every branch, their answers never differ.
+TEST_F(EngineTest, TraceAnswersExactlyAsIdentify) {
+  std::vector<Lingomat::Opts> variants(4);
+  variants[1].classifier.min_tokens = 0;
+  variants[2].restrictions = {"C", "Ruby"};
+  variants[3].classifier.min_tokens = 5;
+  variants[3].classifier.min_score_per_token = -3.0;
+  const std::vector<std::string> names{"", "x.h", "x.cpp", "Makefile", "a.py", "b.rb", "q.txt"};
+  const std::vector<std::string> pieces{
+      "int ", "; ",  "template ", "def ", "self ",
+      "end ", "do ", "( ",        "zz ",  "#!/usr/bin/env python\n"};
+  std::mt19937 random(11);
+  for (Lingomat::Opts& opts : variants) {
+    const Lingomat engine = make(opts);
+    for (int round = 0; round < 300; ++round) {
+      std::string text;
+      const int count = static_cast<int>(random() % 60);
+      for (int i = 0; i < count; ++i) text += pieces[random() % pieces.size()];
+      const std::string& name = names[random() % names.size()];
+      const Lingomat::Trace trace = engine.trace(name, text);
+      ASSERT_EQ(trace.answer, engine.identify(name, text)) << name << ": " << text;
+      // The recorded lookups are the strategies' own.
+      ASSERT_EQ(trace.by_filename, engine.identify_by_filename(name));
+      ASSERT_EQ(trace.by_interpreter, engine.identify_by_shebang(text));
+      ASSERT_EQ(trace.by_extension, engine.identify_by_extension(name));
+      ASSERT_EQ(trace.kept, engine.identify_by_classifier(text, trace.candidates));
+    }
   }
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
-#include "temp_file.h"
+#include "engine/engine.h"
+#include "test_support.h"
 #include "tokenize/tokenizer.h"
 
 namespace quillon::lingomat {
@@ -57,7 +57,7 @@ void* identify_all(void* argument) {
 }
 
 TEST(HostEnvironment, HugeInputsNeedOnlyASmallStack) {
-  const testing::TempFile data(
+  const test_support::TempFile data(
       R"({"filenames": {}, "extnames": {}, "interpreters": {}, "languages": {"C": 1},
           "language_tokens": {"C": 2}, "tokens": {"C": {"int": 2}}, "tokens_total": 2,
           "languages_total": 1})");

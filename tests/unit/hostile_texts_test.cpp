@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "sample_texts.h"
 
 namespace quillon::lingomat {
@@ -33,7 +33,7 @@ TEST(HostileTexts, IdentificationMatchesTheTokenList) {
   opts.classifier.data_file = LINGOMAT_TEST_DATA;
   opts.classifier.min_tokens = 1;
   const Lingomat engine(opts);
-  for (const auto& [shape, text] : testing::hostile_texts(kSize)) {
+  for (const auto& [shape, text] : test_support::hostile_texts(kSize)) {
     SCOPED_TRACE(shape);
     const Ranking expected = ranking_from_token_list(engine, text);
     const Ranking actual = engine.identify_by_classifier(text, {});
@@ -50,7 +50,7 @@ TEST(HostileTexts, IdentificationMatchesTheTokenList) {
 
 TEST(HostileTexts, EveryTokenOfOneHugeTagCounts) {
   const Tokenizer tokenizer({});  // default limits: the tag starts well inside them
-  const std::string tag = "<a " + testing::repeat("b ", kSize) + ">";
+  const std::string tag = "<a " + test_support::repeat("b ", kSize) + ">";
   const std::vector<std::string> tokens = tokenizer.extract_tokens(tag);
   ASSERT_EQ(tokens.size(), kSize + 1);
   EXPECT_EQ(tokens.front(), "<a>");

@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 #include <rapidjson/error/en.h>
 
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 std::string parse_error(const std::string& content) {
   TempFile file(content);

@@ -5,13 +5,13 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/lingomat.h"
-#include "temp_file.h"
+#include "engine/engine.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 constexpr int kLanguages = 20'000;
 

@@ -6,15 +6,15 @@
 #include <filesystem>
 #include <memory>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "reference_engine.h"
 #include "sample_texts.h"
-#include "temp_file.h"
+#include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
 
-using testing::TempFile;
+using test_support::TempFile;
 
 std::uint64_t bits(double value) {
   std::uint64_t result;
@@ -81,7 +81,8 @@ class ShippedDataFile : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     if (!std::filesystem::exists(LINGOMAT_TEST_DATA)) return;
-    defaults_ = new Pair(make_pair(LINGOMAT_TEST_DATA, 10240, 500, 40, -8.0));
+    defaults_ = new Pair(make_pair(LINGOMAT_TEST_DATA, defaults::kMaxBytes, defaults::kMaxTokens,
+                                   defaults::kMinTokens, defaults::kMinScorePerToken));
     relaxed_ = new Pair(make_pair(LINGOMAT_TEST_DATA, 0, 0, 0, 0.0));
   }
   static void TearDownTestSuite() {
@@ -98,7 +99,7 @@ Pair* ShippedDataFile::defaults_ = nullptr;
 Pair* ShippedDataFile::relaxed_ = nullptr;
 
 TEST_F(ShippedDataFile, RepositorySourcesGiveTheSameResults) {
-  const auto files = testing::repository_files(LINGOMAT_TEST_SOURCE_DIR, 120);
+  const auto files = test_support::repository_files(LINGOMAT_TEST_SOURCE_DIR, 120);
   ASSERT_GT(files.size(), 50u);
   for (const auto& [name, text] : files) {
     expect_same(*defaults_, name, text);
@@ -107,14 +108,14 @@ TEST_F(ShippedDataFile, RepositorySourcesGiveTheSameResults) {
 }
 
 TEST_F(ShippedDataFile, RandomTextsGiveTheSameResults) {
-  for (const std::string& text : testing::random_texts(200, 1500, 20261122)) {
+  for (const std::string& text : test_support::random_texts(200, 1500, 20261122)) {
     expect_same(*defaults_, "x.c", text);
     expect_same(*relaxed_, "x.h", text);
   }
 }
 
 TEST_F(ShippedDataFile, HostileTextsGiveTheSameResults) {
-  for (const auto& [shape, text] : testing::hostile_texts(3000)) {
+  for (const auto& [shape, text] : test_support::hostile_texts(3000)) {
     SCOPED_TRACE(shape);
     expect_same(*defaults_, "x.html", text);
     expect_same(*relaxed_, "", text);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tokenize/native_patterns.h"
+
 namespace quillon::lingomat {
 namespace {
 
@@ -108,6 +110,46 @@ TEST(StringScanner, CachesEachPatternOnce) {
   EXPECT_EQ(&detail.get("a+"), &first);
   EXPECT_THROW(detail.get("["), std::regex_error);
   EXPECT_EQ(detail.patterns.size(), 2u);
+}
+
+// Patterns without a built-in matcher are compiled and cached per scanner; switching back
+// and forth between them must always use the pattern asked for, never a stale entry.
+TEST(StringScanner, CompiledPatternsAreCachedPerPatternThroughScan) {
+  const std::vector<std::string> patterns{"a+", "b+", "[ab]c", "(?:ab)+"};
+  for (const std::string& pattern : patterns) ASSERT_EQ(find_native_pattern(pattern), nullptr);
+  const std::string text = "aabbaabacababx";
+  StringScanner scanner(text);
+  EXPECT_EQ(scanner.scan("a+"), "aa");
+  EXPECT_EQ(scanner.scan("a+"), "");
+  EXPECT_EQ(scanner.scan("b+"), "bb");
+  EXPECT_EQ(scanner.scan("a+"), "aa");
+  EXPECT_EQ(scanner.scan("b+"), "b");
+  EXPECT_EQ(scanner.scan("[ab]c"), "ac");
+  EXPECT_EQ(scanner.scan("b+"), "");
+  EXPECT_EQ(scanner.scan("(?:ab)+"), "abab");
+  EXPECT_EQ(scanner.skip_until("b+"), 0u);
+  EXPECT_EQ(scanner.skip_until("[ab]c"), 0u);
+  EXPECT_EQ(scanner.pos(), 13u);
+  EXPECT_EQ(scanner.scan("a+"), "");
+
+  // A second scanner starts with its own cache and sees the same answers.
+  StringScanner other(text);
+  EXPECT_EQ(other.skip_until("[ab]c"), 9u);
+  EXPECT_EQ(other.scan("(?:ab)+"), "abab");
+}
+
+// A pattern one character away from a built-in matcher takes the compiled path and keeps the
+// regular-expression meaning of what it says.
+TEST(StringScanner, NearMissesOfBuiltInPatternsUseTheirOwnMeaning) {
+  ASSERT_NE(find_native_pattern("\\w+"), nullptr);
+  ASSERT_EQ(find_native_pattern("\\w+?"), nullptr);
+  ASSERT_EQ(find_native_pattern("\\w{2}"), nullptr);
+  const std::string text = "word";
+  StringScanner scanner(text);
+  EXPECT_EQ(scanner.scan("\\w+?"), "w");
+  EXPECT_EQ(scanner.scan("\\w{2}"), "or");
+  EXPECT_EQ(scanner.scan("\\w+"), "d");
+  EXPECT_TRUE(scanner.eos());
 }
 
 TEST(StringScanner, HighBytesAreOrdinaryBytes) {

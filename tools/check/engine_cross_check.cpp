@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::tools {
 

@@ -4,15 +4,18 @@
 #include <string>
 #include <vector>
 
+#include "engine/option_defaults.h"
+
 namespace quillon::lingomat::cli {
 
 // The defaults the tool starts from; --help prints them. The limits are the library's.
-// The classifier's floors are looser than the library's (40 tokens, -8.0 per token) to
+// The classifier's floors are looser than the library's (defaults::kMinTokens and
+// defaults::kMinScorePerToken) to
 // answer more code from content alone, yet tight enough to leave most plain text
 // (licences, changelogs, READMEs) unanswered; the README's accuracy section has the
 // held-out figures behind both choices.
-inline constexpr std::uint64_t kDefaultMaxBytes = 10240;
-inline constexpr std::uint64_t kDefaultMaxTokens = 500;
+inline constexpr std::uint64_t kDefaultMaxBytes = defaults::kMaxBytes;
+inline constexpr std::uint64_t kDefaultMaxTokens = defaults::kMaxTokens;
 inline constexpr std::uint64_t kDefaultMinTokens = 10;
 inline constexpr double kDefaultMinScore = -7.0;
 

@@ -1,20 +1,11 @@
 #include "engine_loader.h"
 
-#include <ios>
-#include <new>
-
 #include "common/file_io.h"
-#include "json/json_exception.h"
+#include "engine/status.h"
 
 namespace quillon::lingomat::cli {
 
 namespace {
-
-// The library's status texts, so the tool reports failures the way hosts see them.
-constexpr const char* kStatusMemory = "Memory";
-constexpr const char* kStatusFileIo = "File I/O";
-constexpr const char* kStatusJson = "Unable to process JSON";
-constexpr const char* kStatusUnknown = "Unknown error";
 
 std::string failure(const char* status, const std::string& data_file, const std::string& detail) {
   std::string message = std::string(status) + ": data file '" + data_file + "'";
@@ -28,7 +19,8 @@ LoadedEngine load_engine(const CliOptions& options, const std::string& data_file
   LoadedEngine loaded;
   // The stream failure the engine raises carries no reason; find one first.
   if (std::string problem = tools::read_problem(data_file); !problem.empty()) {
-    loaded.error = failure(kStatusFileIo, data_file, problem);
+    // The library's status texts, so the tool reports failures the way hosts see them.
+    loaded.error = failure(status_text(LINGOMAT_ERROR_FILE_IO), data_file, problem);
     return loaded;
   }
   Lingomat::Opts opts;
@@ -40,14 +32,13 @@ LoadedEngine load_engine(const CliOptions& options, const std::string& data_file
   opts.restrictions = options.only;
   try {
     loaded.engine = std::make_unique<Lingomat>(opts);
-  } catch (const JsonException& e) {
-    loaded.error = failure(kStatusJson, data_file, e.what());
-  } catch (const std::ios_base::failure&) {
-    loaded.error = failure(kStatusFileIo, data_file, "cannot be read");
-  } catch (const std::bad_alloc&) {
-    loaded.error = failure(kStatusMemory, data_file, "");
-  } catch (const std::exception& e) {
-    loaded.error = failure(kStatusUnknown, data_file, e.what());
+  } catch (...) {
+    const int status = status_of_current_exception();
+    // A stream failure's own message is the runtime's, not a reason; memory needs none.
+    const std::string detail = status == LINGOMAT_ERROR_FILE_IO  ? "cannot be read"
+                               : status == LINGOMAT_ERROR_MEMORY ? std::string()
+                                                                 : message_of_current_exception();
+    loaded.error = failure(status_text(status), data_file, detail);
   }
   return loaded;
 }

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "cli_options.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::cli {
 

@@ -6,23 +6,6 @@ namespace quillon::lingomat::cli {
 
 namespace {
 
-// The name-based candidates as identify() gathers them: file name, then
-// interpreter, then extension, keeping only the languages --only allows.
-// (The engine offers no call that filters a candidate list, so this one asks
-// it which languages are allowed.)
-std::vector<std::string> allowed_candidates(const Lingomat& engine, const Evidence& evidence) {
-  std::vector<std::string> all = evidence.by_filename;
-  all.insert(all.end(), evidence.by_interpreter.begin(), evidence.by_interpreter.end());
-  all.insert(all.end(), evidence.by_extension.begin(), evidence.by_extension.end());
-  if (!engine.apply_restrictions()) return all;
-  const std::vector<std::string> allowed = engine.default_restrictions();  // sorted by the engine
-  std::vector<std::string> kept;
-  for (const std::string& language : all) {
-    if (std::binary_search(allowed.begin(), allowed.end(), language)) kept.push_back(language);
-  }
-  return kept;
-}
-
 bool ranked_in(const Ranking& ranking, const std::string& language) {
   return std::any_of(ranking.begin(), ranking.end(),
                      [&](const auto& entry) { return entry.first == language; });
@@ -53,40 +36,38 @@ std::vector<RankedLanguage> top_languages(const Ranking& ranking, const Ranking&
   return top;
 }
 
+const char* decision_of(const Lingomat::Trace& trace) {
+  if (trace.answer.empty()) return "none";
+  switch (trace.reason) {
+    case Lingomat::Trace::Reason::kClassifier:
+      return "classifier";
+    case Lingomat::Trace::Reason::kOnlyCandidate:
+      // The classifier, limited to that one language, may still have confirmed it.
+      return trace.kept.empty() ? "first candidate" : "classifier";
+    case Lingomat::Trace::Reason::kFirstCandidate:
+    case Lingomat::Trace::Reason::kNone:
+      break;
+  }
+  return "first candidate";
+}
+
 }  // namespace
 
-Evidence explain_identification(const Lingomat& engine, const std::string& name,
-                                const std::string& code, const std::string& answer) {
+Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name,
+                                const Lingomat::Opts& opts) {
   Evidence evidence;
   evidence.name = name;
-  evidence.by_filename = engine.identify_by_filename(name);
-  evidence.interpreter = engine.tokenizer().extract_shebang(code);
-  evidence.by_interpreter = engine.identify_by_shebang(code);
-  if (const auto dot = name.rfind('.'); dot != std::string::npos) {
-    evidence.extension = name.substr(dot);
-  }
-  evidence.by_extension = engine.identify_by_extension(name);
-  evidence.candidates = allowed_candidates(engine, evidence);
-
-  const std::vector<std::string> tokens = engine.tokenizer().extract_tokens(code);
-  evidence.token_count = tokens.size();
-  evidence.min_tokens = engine.opts().classifier.min_tokens;
-  evidence.min_score_per_token = engine.opts().classifier.min_score_per_token;
-  // What identify() sees: the ranking after the engine's floor.
-  const Ranking kept = engine.identify_by_classifier(code, evidence.candidates);
-  // And the same ranking before it, so that languages below the floor can be shown.
-  const std::vector<std::string> languages =
-      evidence.candidates.empty() ? engine.default_restrictions() : evidence.candidates;
-  evidence.ranking =
-      top_languages(engine.classifier().classify(tokens, languages), kept, tokens.size());
-
-  if (answer.empty()) {
-    evidence.decision = "none";
-  } else if (!kept.empty() && kept.front().first == answer) {
-    evidence.decision = "classifier";
-  } else {
-    evidence.decision = "first candidate";
-  }
+  evidence.by_filename = trace.by_filename;
+  evidence.interpreter = trace.interpreter;
+  evidence.by_interpreter = trace.by_interpreter;
+  evidence.extension = trace.extension;
+  evidence.by_extension = trace.by_extension;
+  evidence.candidates = trace.candidates;
+  evidence.token_count = trace.token_count;
+  evidence.min_tokens = opts.classifier.min_tokens;
+  evidence.min_score_per_token = opts.classifier.min_score_per_token;
+  evidence.ranking = top_languages(trace.ranking, trace.kept, trace.token_count);
+  evidence.decision = decision_of(trace);
   return evidence;
 }
 

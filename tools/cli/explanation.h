@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::cli {
 
@@ -35,8 +35,9 @@ struct Evidence {
   std::string decision;                 // "classifier", "first candidate" or "none"
 };
 
-// Retraces the engine's steps for one buffer; `answer` is what identify() returned.
-Evidence explain_identification(const Lingomat& engine, const std::string& name,
-                                const std::string& code, const std::string& answer);
+// The engine's own record of one identification, as the tool shows it. `name` is the file
+// name the engine was given; `opts` are its options.
+Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name,
+                                const Lingomat::Opts& opts);
 
 }  // namespace quillon::lingomat::cli

@@ -44,9 +44,13 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
     converted = utf16_to_utf8(text);
     text = converted;
   }
-  result.language = engine.identify(item.name, text);
   if (explain) {
-    result.evidence = explain_identification(engine, item.name, std::string(text), result.language);
+    // One run of the pipeline gives both the answer and its explanation.
+    const Lingomat::Trace trace = engine.trace(item.name, text);
+    result.language = trace.answer;
+    result.evidence = explain_identification(trace, item.name, engine.opts());
+  } else {
+    result.language = engine.identify(item.name, text);
   }
   result.outcome = FileOutcome::kIdentified;
   return result;

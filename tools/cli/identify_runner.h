@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 #include "explanation.h"
 #include "input_collector.h"
 

@@ -7,6 +7,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "json/data_file_keys.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat::cli {
@@ -72,10 +73,10 @@ std::vector<LanguageEntry> read_language_catalog(const std::string& data_file) {
   const JsonDocument document = parse_json_file(data_file);
   if (!document.IsObject()) throw JsonException(kNotAnObject);
   Catalog catalog;
-  add_lookup(catalog, document, "extnames", &LanguageEntry::extensions);
-  add_lookup(catalog, document, "filenames", &LanguageEntry::filenames);
-  add_lookup(catalog, document, "interpreters", &LanguageEntry::interpreters);
-  const auto languages = json_get<JsonConstObject>(document, "languages");
+  add_lookup(catalog, document, data_keys::kExtnames, &LanguageEntry::extensions);
+  add_lookup(catalog, document, data_keys::kFilenames, &LanguageEntry::filenames);
+  add_lookup(catalog, document, data_keys::kInterpreters, &LanguageEntry::interpreters);
+  const auto languages = json_get<JsonConstObject>(document, data_keys::kLanguages);
   for (const auto& language : languages) {
     entry_for(catalog, json_string(language.name)).has_statistics = true;
   }

@@ -6,7 +6,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "common/utf8.h"
+#include "common/json_text.h"
 
 namespace quillon::lingomat::cli {
 
@@ -71,12 +71,7 @@ std::string LanguageSummary::json_lines() const {
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
     writer.StartObject();
     writer.Key("language");
-    if (language.empty()) {
-      writer.Null();
-    } else {
-      const std::string valid = tools::sanitize_utf8(language);
-      writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
-    }
+    tools::write_json_string_or_null(writer, language);
     writer.Key("files");
     writer.Uint64(tally.files);
     writer.Key("bytes");

@@ -7,6 +7,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "common/json_text.h"
 #include "common/utf8.h"
 
 namespace quillon::lingomat::cli {
@@ -117,18 +118,8 @@ std::string base64(const std::string& bytes) {
   return out;
 }
 
-void write_string(JsonWriter& writer, const std::string& text) {
-  const std::string valid = tools::sanitize_utf8(text);
-  writer.String(valid.c_str(), static_cast<rapidjson::SizeType>(valid.size()));
-}
-
-void write_string_or_null(JsonWriter& writer, const std::string& text) {
-  if (text.empty()) {
-    writer.Null();
-  } else {
-    write_string(writer, text);
-  }
-}
+using tools::write_json_string;
+using tools::write_json_string_or_null;
 
 // JSON has no NaN or infinity; degenerate scores become null.
 void write_number(JsonWriter& writer, double value) {
@@ -141,7 +132,7 @@ void write_number(JsonWriter& writer, double value) {
 
 void write_languages(JsonWriter& writer, const std::vector<std::string>& languages) {
   writer.StartArray();
-  for (const std::string& language : languages) write_string(writer, language);
+  for (const std::string& language : languages) write_json_string(writer, language);
   writer.EndArray();
 }
 
@@ -149,7 +140,7 @@ void write_strategy(JsonWriter& writer, const char* key, const std::string& evid
                     const std::vector<std::string>& languages) {
   writer.StartObject();
   writer.Key(key);
-  write_string_or_null(writer, evidence);
+  write_json_string_or_null(writer, evidence);
   writer.Key("languages");
   write_languages(writer, languages);
   writer.EndObject();
@@ -176,7 +167,7 @@ void write_evidence(JsonWriter& writer, const Evidence& evidence) {
   for (const RankedLanguage& entry : evidence.ranking) {
     writer.StartObject();
     writer.Key("language");
-    write_string(writer, entry.language);
+    write_json_string(writer, entry.language);
     writer.Key("score");
     write_number(writer, entry.score);
     writer.Key("score_per_token");
@@ -187,7 +178,7 @@ void write_evidence(JsonWriter& writer, const Evidence& evidence) {
   }
   writer.EndArray();
   writer.Key("decision");
-  write_string(writer, evidence.decision);
+  write_json_string(writer, evidence.decision);
   writer.EndObject();
 }
 
@@ -208,7 +199,7 @@ std::string json_line(const InputItem& item, const FileResult& result) {
   JsonWriter writer(buffer);
   writer.StartObject();
   writer.Key("path");
-  write_string(writer, item.path);
+  write_json_string(writer, item.path);
   // JSON strings hold only Unicode; a path that is not UTF-8 also comes as its exact bytes.
   if (!tools::is_valid_utf8(item.path)) {
     writer.Key("path_base64");
@@ -216,7 +207,7 @@ std::string json_line(const InputItem& item, const FileResult& result) {
     writer.String(encoded.c_str(), static_cast<rapidjson::SizeType>(encoded.size()));
   }
   writer.Key("language");
-  write_string_or_null(writer, result.language);
+  write_json_string_or_null(writer, result.language);
   if (result.evidence) {
     writer.Key("evidence");
     write_evidence(writer, *result.evidence);

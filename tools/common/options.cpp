@@ -3,11 +3,18 @@
 #include <cctype>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 #include "common/tool_error.h"
 
 namespace quillon::lingomat::tools {
+
+std::string OptionParser::format_default(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", value);
+  return text;
+}
 
 OptionParser::OptionParser(std::string program, std::string summary)
     : program_(std::move(program)), summary_(std::move(summary)) {}

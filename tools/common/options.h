@@ -41,6 +41,8 @@ class OptionParser {
   static std::uint64_t to_uint(const std::string& option, const std::string& text,
                                std::uint64_t min, std::uint64_t max);
   static double to_double(const std::string& option, const std::string& text);
+  // A number as help texts show a default: "-8", "0.5".
+  static std::string format_default(double value);
 
  private:
   struct Option {

@@ -5,7 +5,8 @@
 #include <vector>
 
 #include "common/split.h"
-#include "engine/lingomat.h"
+#include "engine/engine.h"
+#include "engine/option_defaults.h"
 
 namespace quillon::lingomat::tools {
 
@@ -13,10 +14,10 @@ namespace quillon::lingomat::tools {
 struct EvalConfig {
   std::string data_path;
   std::string samples_root;
-  Tokenizer::Opts tokenizer;          // engine defaults
-  std::uint64_t min_tokens = 40;      // engine default
-  double min_score_per_token = -8.0;  // engine default; 0 switches the floor off
-  std::vector<std::string> only;      // empty: every language of the test set
+  Tokenizer::Opts tokenizer;  // engine defaults
+  std::uint64_t min_tokens = defaults::kMinTokens;
+  double min_score_per_token = defaults::kMinScorePerToken;  // 0 switches the floor off
+  std::vector<std::string> only;  // empty: every language of the test set
   SplitRule split;
   unsigned threads = 1;
   bool progress = false;

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ios>
 #include <memory>
 
 #include "common/file_io.h"
 #include "common/parallel.h"
 #include "common/samples_tree.h"
 #include "common/tool_error.h"
-#include "json/json_exception.h"
+#include "engine/status.h"
 
 namespace quillon::lingomat::tools {
 
@@ -35,10 +34,17 @@ std::unique_ptr<Lingomat> load_engine(const EvalConfig& config) {
   opts.classifier.min_score_per_token = config.min_score_per_token;
   try {
     return std::make_unique<Lingomat>(opts);
-  } catch (const JsonException& error) {
-    throw ToolError("data file " + config.data_path + " is not usable: " + error.what());
-  } catch (const std::ios_base::failure& error) {
-    throw ToolError("cannot read data file " + config.data_path + ": " + error.what());
+  } catch (...) {
+    switch (status_of_current_exception()) {
+      case LINGOMAT_ERROR_JSON:
+        throw ToolError("data file " + config.data_path +
+                        " is not usable: " + message_of_current_exception());
+      case LINGOMAT_ERROR_FILE_IO:
+        throw ToolError("cannot read data file " + config.data_path + ": " +
+                        message_of_current_exception());
+      default:
+        throw;
+    }
   }
 }
 

@@ -1,7 +1,7 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "common/utf8.h"
+#include "common/json_text.h"
 #include "eval/eval_output.h"
 
 namespace quillon::lingomat::tools {
@@ -9,12 +9,6 @@ namespace quillon::lingomat::tools {
 namespace {
 
 using Writer = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
-
-// Folder and language names may hold any bytes; JSON output must be UTF-8.
-void write_text(Writer& writer, const std::string& text) {
-  const std::string clean = sanitize_utf8(text);
-  writer.String(clean.data(), static_cast<rapidjson::SizeType>(clean.size()));
-}
 
 void write_counts(Writer& writer, std::uint64_t files, std::uint64_t correct, std::uint64_t wrong,
                   std::uint64_t no_answer, double accuracy) {
@@ -33,9 +27,9 @@ void write_counts(Writer& writer, std::uint64_t files, std::uint64_t correct, st
 void write_mode(Writer& writer, const ModeReport& mode) {
   writer.StartObject();
   writer.Key("mode");
-  write_text(writer, mode.mode);
+  write_json_string(writer, mode.mode);
   writer.Key("description");
-  write_text(writer, mode.description);
+  write_json_string(writer, mode.description);
   write_counts(writer, mode.files, mode.correct, mode.wrong, mode.no_answer, mode.accuracy());
   writer.Key("language_accuracy");
   writer.Double(mode.language_accuracy());
@@ -53,12 +47,12 @@ void write_mode(Writer& writer, const ModeReport& mode) {
   for (const LanguageReport& language : mode.languages) {
     writer.StartObject();
     writer.Key("language");
-    write_text(writer, language.language);
+    write_json_string(writer, language.language);
     write_counts(writer, language.files, language.correct, language.wrong, language.no_answer,
                  language.accuracy());
     writer.Key("mistaken_for");
     if (language.mistaken_for_count > 0) {
-      write_text(writer, language.mistaken_for);
+      write_json_string(writer, language.mistaken_for);
     } else {
       writer.Null();
     }
@@ -73,9 +67,9 @@ void write_mode(Writer& writer, const ModeReport& mode) {
   for (const Confusion& confusion : mode.confusions) {
     writer.StartObject();
     writer.Key("expected");
-    write_text(writer, confusion.expected);
+    write_json_string(writer, confusion.expected);
     writer.Key("answer");
-    write_text(writer, confusion.answer);
+    write_json_string(writer, confusion.answer);
     writer.Key("count");
     writer.Uint64(confusion.count);
     writer.EndObject();
@@ -104,9 +98,9 @@ std::string format_json_report(const EvalConfig& config, const EvalRun& run) {
   writer.SetIndent(' ', 2);
   writer.StartObject();
   writer.Key("data_file");
-  write_text(writer, config.data_path);
+  write_json_string(writer, config.data_path);
   writer.Key("samples");
-  write_text(writer, config.samples_root);
+  write_json_string(writer, config.samples_root);
   writer.Key("split");
   writer.String(side_name(config.split.side));
   writer.Key("folds");
@@ -132,7 +126,7 @@ std::string format_json_report(const EvalConfig& config, const EvalRun& run) {
   writer.Double(run.wall_seconds);
   writer.Key("untrained_languages");
   writer.StartArray();
-  for (const std::string& name : run.untrained_languages) write_text(writer, name);
+  for (const std::string& name : run.untrained_languages) write_json_string(writer, name);
   writer.EndArray();
 
   writer.Key("modes");

@@ -7,9 +7,11 @@
 #include "common/options.h"
 #include "common/parallel.h"
 #include "common/tool_main.h"
+#include "engine/option_defaults.h"
 #include "eval/eval_output.h"
 #include "eval/evaluation.h"
 
+namespace lm = quillon::lingomat;
 namespace lt = quillon::lingomat::tools;
 
 namespace {
@@ -32,17 +34,22 @@ int evaluate(int argc, char** argv) {
   parser.add_positional("SAMPLES", "The labelled test set, one folder per language.",
                         &config.samples_root);
   parser.add_uint("max-bytes", "N",
-                  "Engine option: tokens start in the first N bytes "
-                  "(default 10240; 0: no limit).",
+                  "Engine option: tokens start in the first N bytes (default " +
+                      std::to_string(lm::defaults::kMaxBytes) + "; 0: no limit).",
                   &config.tokenizer.max_bytes);
-  parser.add_uint("max-tokens", "N", "Engine option: at most N tokens (default 500; 0: no limit).",
+  parser.add_uint("max-tokens", "N",
+                  "Engine option: at most N tokens (default " +
+                      std::to_string(lm::defaults::kMaxTokens) + "; 0: no limit).",
                   &config.tokenizer.max_tokens);
   parser.add_uint("min-tokens", "N",
-                  "Engine option: fewer tokens give no classifier answer (default 40).",
+                  "Engine option: fewer tokens give no classifier answer (default " +
+                      std::to_string(lm::defaults::kMinTokens) + ").",
                   &config.min_tokens);
   parser.add_double("min-score", "X",
                     "Engine option: classifier answers scoring below X per token are dropped "
-                    "(default -8; 0: off).",
+                    "(default " +
+                        lt::OptionParser::format_default(lm::defaults::kMinScorePerToken) +
+                        "; 0: off).",
                     &config.min_score_per_token);
   parser.add_strings("only", "LANG", "Evaluate this language's files only; repeat for several.",
                      &config.only);

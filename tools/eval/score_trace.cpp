@@ -17,19 +17,17 @@ const std::vector<std::string> kNeverSeen = {"\x01never-seen"};
 ScoreTrace trace_scores(const Lingomat& engine, const std::string& mode,
                         const std::string& expected, const std::string& file_name,
                         const std::string& text) {
-  // The same candidates, in the same order, as the engine's own pipeline.
-  std::vector<std::string> candidates = engine.identify_by_filename(file_name);
-  for (std::string& name : engine.identify_by_shebang(text)) candidates.push_back(std::move(name));
-  for (std::string& name : engine.identify_by_extension(file_name)) {
-    candidates.push_back(std::move(name));
-  }
+  // The candidates and the token count are the engine's own record of this identification.
+  const Lingomat::Trace decision = engine.trace(file_name, text);
+  const std::vector<std::string>& candidates = decision.candidates;
 
   ScoreTrace trace;
   trace.mode = mode;
   trace.expected = expected;
   trace.fallback = candidates.empty() ? std::string() : candidates.front();
+  trace.tokens = decision.token_count;
+  // Splitting each score into its seen and unseen parts needs the tokens themselves.
   const std::vector<std::string> tokens = engine.tokenizer().extract_tokens(text);
-  trace.tokens = tokens.size();
   std::map<std::string, std::uint64_t> multiplicity;
   for (const std::string& token : tokens) ++multiplicity[token];
 

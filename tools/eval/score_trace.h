@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::tools {
 

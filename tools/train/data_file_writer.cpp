@@ -9,6 +9,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include "common/tool_error.h"
+#include "json/data_file_keys.h"
 
 namespace quillon::lingomat::tools {
 
@@ -70,15 +71,15 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
   writer.SetFormatOptions(rapidjson::kFormatSingleLineArray);
 
   writer.StartObject();
-  write_names(writer, "filenames", languages, &LanguageDefinition::filenames);
-  write_names(writer, "extnames", languages, &LanguageDefinition::extensions);
-  write_names(writer, "interpreters", languages, &LanguageDefinition::interpreters);
+  write_names(writer, data_keys::kFilenames, languages, &LanguageDefinition::filenames);
+  write_names(writer, data_keys::kExtnames, languages, &LanguageDefinition::extensions);
+  write_names(writer, data_keys::kInterpreters, languages, &LanguageDefinition::interpreters);
 
   std::uint64_t samples_total = 0;
   std::uint64_t tokens_total = 0;
   const auto trained = [&](std::size_t i) { return statistics[i].samples > 0; };
 
-  writer.Key("languages");
+  writer.Key(data_keys::kLanguages);
   writer.StartObject();
   for (std::size_t i = 0; i < languages.size(); ++i) {
     if (!trained(i)) continue;
@@ -88,7 +89,7 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
   }
   writer.EndObject();
 
-  writer.Key("language_tokens");
+  writer.Key(data_keys::kLanguageTokens);
   writer.StartObject();
   for (std::size_t i = 0; i < languages.size(); ++i) {
     if (!trained(i)) continue;
@@ -98,7 +99,7 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
   }
   writer.EndObject();
 
-  writer.Key("tokens");
+  writer.Key(data_keys::kTokens);
   writer.StartObject();
   for (std::size_t i = 0; i < languages.size(); ++i) {
     if (!trained(i)) continue;
@@ -121,9 +122,9 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
   // Rounded to the nearest integer; never 0, which would make unseen tokens free.
   const std::uint64_t written_total =
       std::max<std::uint64_t>(1, (unseen_total + scale / 2) / scale);
-  writer.Key("tokens_total");
+  writer.Key(data_keys::kTokensTotal);
   writer.Int(checked_count(written_total, "tokens_total"));
-  writer.Key("languages_total");
+  writer.Key(data_keys::kLanguagesTotal);
   writer.Int(checked_count(samples_total, "languages_total"));
   writer.Key("calibration");
   writer.StartObject();

@@ -7,8 +7,10 @@
 #include "common/parallel.h"
 #include "common/tool_error.h"
 #include "common/tool_main.h"
+#include "engine/option_defaults.h"
 #include "train/trainer.h"
 
+namespace lm = quillon::lingomat;
 namespace lt = quillon::lingomat::tools;
 
 namespace {
@@ -32,10 +34,12 @@ int train(int argc, char** argv) {
   parser.add_alias('o', "output");
   parser.add_uint("max-bytes", "N",
                   "Tokens start only in the first N bytes of a sample, as at identification "
-                  "(default 10240; 0: no limit).",
+                  "(default " +
+                      std::to_string(lm::defaults::kMaxBytes) + "; 0: no limit).",
                   &config.tokenizer.max_bytes);
   parser.add_uint("max-tokens", "N",
-                  "At most N tokens per sample, as at identification (default 500; 0: no limit).",
+                  "At most N tokens per sample, as at identification (default " +
+                      std::to_string(lm::defaults::kMaxTokens) + "; 0: no limit).",
                   &config.tokenizer.max_tokens);
   parser.add_flag("whole", "Tokenize whole samples: --max-bytes 0 --max-tokens 0.", &whole);
   parser.add_uint("max-samples", "N",

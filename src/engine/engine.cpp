@@ -1,4 +1,4 @@
-#include "engine/lingomat.h"
+#include "engine/engine.h"
 
 #include <algorithm>
 
@@ -6,6 +6,7 @@
 #include <malloc.h>
 #endif
 
+#include "json/data_file_keys.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -14,12 +15,7 @@ namespace {
 // Inverts "language → names" from the data file into "name → languages", keeping file order.
 template <std::size_t N>
 void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char (&key)[N]) {
-  if (!document.IsObject()) throw JsonException(kNotAnObject);
-  const auto member = document.FindMember(key);
-  if (member == document.MemberEnd()) throw JsonException(kMissingKey);
-  if (!member->value.IsObject()) throw JsonException(kUnexpectedType);
-
-  for (const auto& entry : member->value.GetObject()) {
+  for (const auto& entry : json_get<JsonConstObject>(document, key)) {
     const std::string language = json_string(entry.name);
     if (!entry.value.IsArray()) throw JsonException(kUnexpectedType);
     for (const auto& name : entry.value.GetArray()) {
@@ -46,9 +42,9 @@ Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.class
 
 Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
     : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, document) {
-  build_lookup(filenames_, document, "filenames");
-  build_lookup(extnames_, document, "extnames");
-  build_lookup(interpreters_, document, "interpreters");
+  build_lookup(filenames_, document, data_keys::kFilenames);
+  build_lookup(extnames_, document, data_keys::kExtnames);
+  build_lookup(interpreters_, document, data_keys::kInterpreters);
   // Sorted once so that identification can test membership by binary search.
   std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }

@@ -1,0 +1,16 @@
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# Declares a GoogleTest program built from SOURCES and linked with LIBRARIES, and registers
+# each of its tests with ctest as PREFIX<Suite>.<Test>. A test that runs longer than TIMEOUT
+# seconds (default 300) fails, so one that blocks cannot hang the run.
+function(lingomat_add_gtest target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PREFIX;TIMEOUT" "SOURCES;LIBRARIES")
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 300)
+  endif()
+  add_executable(${target} ${arg_SOURCES})
+  target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
+  gtest_discover_tests(${target} TEST_PREFIX "${arg_PREFIX}" DISCOVERY_TIMEOUT 60
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT})
+endfunction()

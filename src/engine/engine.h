@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "classify/classifier.h"
+#include "tokenize/tokenizer.h"
+
+namespace quillon::lingomat {
+
+using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less<>>;
+
+// The part of a file name that the extension lookup uses: from its last '.', dot included;
+// empty when there is none.
+std::string_view extension_of(std::string_view file_name);
+
+// The identification engine: name lookups from the data file, a tokenizer and
+// a classifier. Never modified after construction, so calls may run concurrently.
+class Lingomat {
+ public:
+  struct Opts {
+    Tokenizer::Opts tokenizer;
+    Classifier::Opts classifier;
+    std::vector<std::string> restrictions;  // empty: every language allowed
+  };
+
+  // Everything one identification went through, in the order the pipeline met it.
+  struct Trace {
+    // Why the answer is what it is.
+    enum class Reason {
+      kNone,            // no candidate and no classifier answer
+      kOnlyCandidate,   // one language among the candidates, however often listed
+      kClassifier,      // the best language of the classifier's ranking after the floor
+      kFirstCandidate,  // the classifier was silent: the first candidate
+    };
+
+    std::vector<std::string> by_filename;
+    std::string interpreter;  // named on a leading "#!" line; empty when none
+    std::vector<std::string> by_interpreter;
+    std::string extension;  // from the last '.' of the file name; empty when none
+    std::vector<std::string> by_extension;
+    std::vector<std::string> candidates;  // all of the above, in that order, that are allowed
+    std::uint64_t token_count = 0;
+    Ranking ranking;  // the classifier's ranking before the per-token floor
+    Ranking kept;     // what the floor kept
+    std::string answer;
+    Reason reason = Reason::kNone;
+  };
+
+  explicit Lingomat(const Opts& opts);
+
+  // The language of `code`, or an empty string when nothing was identified. Both are read
+  // where they lie; neither is copied.
+  std::string identify(std::string_view file_name, std::string_view code) const;
+  // The same identification, recorded step by step; its answer is identify()'s. The
+  // classifier also runs when a single candidate makes it moot, so its view is recorded too.
+  Trace trace(std::string_view file_name, std::string_view code) const;
+
+  std::vector<std::string> identify_by_filename(std::string_view file_name) const;
+  std::vector<std::string> identify_by_shebang(std::string_view code) const;
+  std::vector<std::string> identify_by_extension(std::string_view file_name) const;
+  Ranking identify_by_classifier(std::string_view code,
+                                 const std::vector<std::string>& candidates) const;
+
+  bool apply_restrictions() const;
+  std::vector<std::string> default_restrictions() const;
+
+  const Opts& opts() const { return opts_; }
+  const Tokenizer& tokenizer() const { return tokenizer_; }
+  const Classifier& classifier() const { return classifier_; }
+
+ private:
+  // Builds everything from the one parse of the data file.
+  Lingomat(const Opts& opts, const JsonValue& document);
+
+  // The pipeline behind identify() and trace(); records into `trace` when it is not null.
+  std::string decide(std::string_view file_name, std::string_view code, Trace* trace) const;
+  std::vector<std::string> identify_by_interpreter(std::string_view interpreter) const;
+  // The classifier strategy; also hands out the ranking before the floor and the token
+  // count when asked for them.
+  Ranking rank(std::string_view code, const std::vector<std::string>& candidates,
+               Ranking* before_floor, std::uint64_t* token_count) const;
+
+  Opts opts_;
+  LanguageLookup filenames_;
+  LanguageLookup extnames_;
+  LanguageLookup interpreters_;
+  Tokenizer tokenizer_;
+  Classifier classifier_;
+};
+
+}  // namespace quillon::lingomat
