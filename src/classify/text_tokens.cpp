@@ -1,5 +1,7 @@
 #include "classify/text_tokens.h"
 
+#include "classify/hash_slots.h"
+
 namespace quillon::lingomat {
 namespace {
 constexpr std::uint32_t kEmpty = UINT32_MAX;
@@ -39,14 +41,7 @@ std::uint32_t TextTokens::distinct_index(std::string_view token, bool& is_new) {
 }
 
 void TextTokens::grow() {
-  std::vector<std::uint32_t> slots(slots_.size() * 2, kEmpty);
-  const std::size_t mask = slots.size() - 1;
-  for (std::uint32_t index = 0; index < distinct_.size(); ++index) {
-    std::size_t slot = short_hashes_[index] & mask;  // the low bits of the full hash
-    while (slots[slot] != kEmpty) slot = (slot + 1) & mask;
-    slots[slot] = index;
-  }
-  slots_.swap(slots);
+  slots_ = hash_slots(short_hashes_, slots_.size() * 2, kEmpty);  // low bits of the full hash
 }
 
 void TextTokens::take_view(std::string_view token) {

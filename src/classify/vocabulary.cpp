@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "classify/hash_slots.h"
+
 namespace quillon::lingomat {
 
 std::uint64_t hash_token(std::string_view token) {
@@ -70,14 +72,7 @@ void Vocabulary::reserve(std::size_t tokens, std::size_t bytes) {
 }
 
 void Vocabulary::rebuild(std::size_t slot_count) {
-  std::vector<std::uint32_t> slots(slot_count, kAbsent);
-  const std::size_t mask = slots.size() - 1;
-  for (std::uint32_t id = 0; id < hashes_.size(); ++id) {
-    std::size_t slot = hashes_[id] & mask;  // the low bits of the full hash
-    while (slots[slot] != kAbsent) slot = (slot + 1) & mask;
-    slots[slot] = id;
-  }
-  slots_.swap(slots);
+  slots_ = hash_slots(hashes_, slot_count, kAbsent);
 }
 
 void Vocabulary::shrink_to_fit() {

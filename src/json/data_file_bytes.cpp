@@ -10,6 +10,8 @@
 #include <ios>
 #include <system_error>
 
+#include "json/file_descriptor.h"
+
 namespace quillon::lingomat {
 namespace {
 
@@ -29,25 +31,11 @@ constexpr std::size_t kFirstChunk = 64 * 1024;
   refuse(path, "larger than " + std::to_string(max_bytes) + " bytes", std::errc::file_too_large);
 }
 
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
-
 }  // namespace
 
 std::string read_data_file(const std::string& path, std::size_t max_bytes) {
   // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer.
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (file.get() < 0) refuse_errno(path, errno);
   struct stat info {};
   if (::fstat(file.get(), &info) != 0) refuse_errno(path, errno);

@@ -11,6 +11,8 @@
 #include <system_error>
 #include <vector>
 
+#include "json/file_descriptor.h"
+
 namespace quillon::lingomat::tools {
 
 namespace {
@@ -32,20 +34,6 @@ InputResult read_instead(ReadResult read) {
   if (read.status == ReadStatus::kRead) result.text = InputText(std::move(read.content));
   return result;
 }
-
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
 
 // An unlinked file in $TMPDIR, gone as soon as its last descriptor and mapping are.
 int unnamed_temporary_file() {
@@ -93,7 +81,7 @@ ssize_t fill(int fd, std::string& buffer, std::size_t limit) {
 
 // Writes `head` and then the rest of the stream to a temporary file, and maps it.
 InputResult spool(int fd, std::string head) {
-  const Descriptor spool_file(unnamed_temporary_file());
+  const FileDescriptor spool_file(unnamed_temporary_file());
   if (spool_file.get() < 0) return failed("cannot spool standard input: " + errno_text(errno));
   if (!write_all(spool_file.get(), head.data(), head.size())) {
     return failed("cannot spool standard input: " + errno_text(errno));
@@ -161,7 +149,7 @@ void InputText::unmap() {
 
 InputResult open_input_file(const std::string& path, bool stop_if_binary) {
   std::string reason;
-  const Descriptor file(open_regular_file(path, reason));
+  const FileDescriptor file(open_regular_file(path, reason));
   if (file.get() < 0) return failed(std::move(reason));
   struct stat info {};
   InputResult result;
