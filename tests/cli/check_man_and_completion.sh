@@ -26,5 +26,10 @@ complete_words() {
     _lingomat_complete; printf "%s\n" "${COMPREPLY[@]}"' _ "$completion" "$@"
 }
 complete_words lingomat --list- | grep -qx -- --list-languages || { echo "no option completion" >&2; exit 1; }
+complete_words lingomat -0 | grep -qx -- -0 || { echo "no letter completion" >&2; exit 1; }
+if complete_words lingomat - | grep -qx -- -control; then
+  echo "a word of an explanation completed as an option" >&2
+  exit 1
+fi
 complete_words lingomat --only Pyt | grep -qx Python || { echo "no language completion" >&2; exit 1; }
 echo "man pages and completion: ok"

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/help_layout.h"
 #include "common/tool_error.h"
 
 namespace quillon::lingomat::tools {
@@ -85,6 +86,9 @@ TEST(OptionParserTest, RejectsBadCommandLines) {
       {{"in", "--score", "nan"}, "--score: expected a number"},
       {{"in", "--score", " -1"}, "--score: expected a number"},
       {{"in", "--flag=yes"}, "--flag takes no value"},
+      {{"in", "--output", ""}, "--output: FILE cannot be empty"},
+      {{"in", "--only="}, "--only: LANG cannot be empty"},
+      {{"in", "-fx"}, "unknown option '-fx'"},
       {{}, "missing argument INPUT"},
       {{"in", "extra"}, "unexpected argument 'extra'"},
   };
@@ -96,6 +100,105 @@ TEST(OptionParserTest, RejectsBadCommandLines) {
     } catch (const UsageError& error) {
       EXPECT_NE(std::string(error.what()).find(message), std::string::npos)
           << error.what() << " lacks " << message;
+    }
+  }
+}
+
+// The shape the lingomat tool needs: any number of paths, letters with attached values.
+struct ListFixture {
+  std::vector<std::string> paths;
+  std::uint64_t jobs = 0;
+  bool null = false;
+  OptionParser parser{"tool", "names things"};
+
+  ListFixture() {
+    parser.add_positionals("PATH...", "the paths", &paths);
+    parser.add_uint("jobs", "N", "threads", &jobs, 1, 64);
+    parser.add_alias('j', "jobs");
+    parser.add_flag("null", "NUL-separated", &null);
+    parser.add_alias('0', "null");
+  }
+
+  bool parse(std::vector<const char*> args) {
+    args.insert(args.begin(), "tool");
+    return parser.parse(static_cast<int>(args.size()), args.data());
+  }
+};
+
+TEST(OptionParserTest, TrailingListTakesEveryRemainingArgument) {
+  ListFixture f;
+  ASSERT_TRUE(f.parse({"a", "-", "-j4", "b", "-0", "--", "-c", ""}));
+  EXPECT_EQ(f.paths, (std::vector<std::string>{"a", "-", "b", "-c", ""}));
+  EXPECT_EQ(f.jobs, 4u);
+  EXPECT_TRUE(f.null);
+  ListFixture none;
+  ASSERT_TRUE(none.parse({"-j", "2"}));  // how many paths are needed is the tool's call
+  EXPECT_TRUE(none.paths.empty());
+}
+
+TEST(OptionParserTest, AttachedLetterValuesAreCheckedLikeOthers) {
+  for (const char* bad : {"-jx", "-j0", "-j65", "-0x"}) {
+    ListFixture f;
+    EXPECT_THROW(f.parse({bad}), UsageError) << bad;
+  }
+}
+
+TEST(OptionParserTest, VersionIsToldApartFromHelp) {
+  ListFixture help;
+  EXPECT_FALSE(help.parse({"-h"}));
+  EXPECT_FALSE(help.parser.version_asked());
+  EXPECT_EQ(help.parser.exit_text(), help.parser.help());
+  ListFixture version;
+  EXPECT_FALSE(version.parse({"--version"}));
+  EXPECT_TRUE(version.parser.version_asked());
+  EXPECT_EQ(version.parser.exit_text(), std::string("tool ") + LINGOMAT_VERSION + "\n");
+}
+
+// Lines of a help text, without their line feeds.
+std::vector<std::string> lines_of(const std::string& text) {
+  std::vector<std::string> lines;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    const std::size_t end = text.find('\n', start);
+    lines.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return lines;
+}
+
+TEST(OptionParserTest, HelpGroupsWrapsAndEnds) {
+  OptionParser parser("tool", "does things\n\nat length");
+  std::vector<std::string> paths;
+  bool flag = false;
+  std::string value;
+  parser.add_positionals("PATH...", "the paths", &paths);
+  parser.add_section("Output");
+  parser.add_flag("flag",
+                  std::string(30, 'x') + " " + std::string(30, 'y') + " " + std::string(14, 'z') +
+                      " --flag-like -1",
+                  &flag);
+  parser.add_section("Input");
+  parser.add_string("a-rather-long-option-name", "FILE", "explained below", &value);
+  parser.set_epilogue("Exit status: 0.\n");
+  const std::string help = parser.help();
+
+  EXPECT_EQ(help.rfind("Usage: tool [options] PATH...\ndoes things\n\nat length\n", 0), 0u) << help;
+  EXPECT_LT(help.find("\nOutput:\n      --flag "), help.find("\nInput:\n"));
+  EXPECT_NE(help.find("\n      --a-rather-long-option-name FILE\n" + std::string(kHelpColumn, ' ') +
+                      "explained below\n"),
+            std::string::npos)
+      << help;
+  EXPECT_NE(help.find("\n" + std::string(kHelpColumn, ' ') + "zzz"), std::string::npos) << help;
+  EXPECT_EQ(help.find("Options:"), std::string::npos);
+  const std::string ending = "\nExit status: 0.\n";
+  EXPECT_EQ(help.substr(help.size() - ending.size()), ending);
+  for (const std::string& line : lines_of(help)) {
+    EXPECT_LE(line.size(), kHelpWidth) << line;
+    EXPECT_EQ(line.find_last_not_of(' ') + 1, line.size()) << "trailing blanks: " << line;
+    // Man pages and completion read any indented line starting with '-' as an option.
+    if (line.size() > kHelpColumn &&
+        line.compare(0, kHelpColumn, std::string(kHelpColumn, ' ')) == 0) {
+      EXPECT_NE(line[kHelpColumn], '-') << line;
     }
   }
 }

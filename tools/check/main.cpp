@@ -18,14 +18,18 @@ int check(int argc, char** argv) {
   std::string path;
   bool strict = false;
   lt::OptionParser parser(kProgram,
-                          "Checks a data file: what the engine refuses, counts and totals that "
-                          "would give\nnonsense scores, duplicate or malformed names, and "
-                          "languages that are never used.\nExit status: 0 when it has no errors, "
-                          "1 when it has some, 2 for a bad command line.");
+                          "Checks a data file.\n"
+                          "\n"
+                          "Reports what the engine refuses, counts and totals that would give "
+                          "nonsense\nscores, duplicate or malformed names, and languages that "
+                          "are never used.");
+  parser.set_epilogue(
+      "Exit status: 0 when it has no errors, 1 when it has some, 2 for a bad\n"
+      "command line.\n");
   parser.add_positional("FILE", "The data file to check.", &path);
   parser.add_flag("strict", "Warnings count as errors.", &strict);
   if (!parser.parse(argc, argv)) {
-    std::cout << parser.help();
+    std::cout << parser.exit_text();
     return 0;
   }
 

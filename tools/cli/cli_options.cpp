@@ -1,9 +1,6 @@
 #include "cli_options.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <functional>
-#include <map>
 
 #include "common/options.h"
 #include "common/tool_error.h"
@@ -12,247 +9,134 @@ namespace quillon::lingomat::cli {
 
 namespace {
 
-ParsedCommandLine usage_error(std::string reason) {
-  ParsedCommandLine parsed;
-  parsed.action = CommandAction::kUsageError;
-  parsed.error = std::move(reason);
-  return parsed;
+constexpr const char* kSummary =
+    "Name the programming or markup language of each file.\n"
+    "\n"
+    "Prints one line per file: the path, a tab, and the language (nothing after the\n"
+    "tab when no language was found). Directories are walked recursively, skipping\n"
+    "version-control folders, what .gitignore and .ignore files exclude, and files\n"
+    "that look binary. '-' reads standard input.";
+
+constexpr const char* kExitStatus =
+    "Exit status: 0 if every file was read, 1 if some files could not be read\n"
+    "or the output could not be written, 2 for a usage error or a data file that\n"
+    "cannot be loaded.\n";
+
+std::string with_default(const std::string& text, const std::string& shown) {
+  return text + " (default " + shown + ").";
 }
 
-// Applies the value of one option; returns an error text, empty on success.
-using ValueSetter = std::function<std::string(CliOptions&, const std::string&)>;
+// Every option of the tool, writing into `options`.
+tools::OptionParser option_parser(CliOptions& options) {
+  tools::OptionParser parser("lingomat", kSummary);
+  parser.add_positionals("PATH...", "A file or folder to identify; '-' is standard input.",
+                         &options.paths);
 
-// Runs one of the toolkit's strict conversions; its message is the error text.
-template <typename Convert>
-std::string converted(const Convert& convert) {
-  try {
-    convert();
-    return {};
-  } catch (const tools::UsageError& error) {
-    return error.what();
-  }
-}
+  parser.add_section("Output");
+  parser.add_flag("json", "One JSON object per line (language null when unknown).", &options.json);
+  parser.add_flag("explain", "Show why each file got its language.", &options.explain);
+  parser.add_flag("summary",
+                  "A per-language table (files, bytes, share of bytes) instead of one line per "
+                  "file.",
+                  &options.summary);
 
-// `option` without its leading dashes, as the toolkit's conversions name it.
-ValueSetter unsigned_setter(const std::string& option, std::uint64_t CliOptions::*field,
-                            std::uint64_t min = 0, std::uint64_t max = UINT64_MAX) {
-  return [option, field, min, max](CliOptions& options, const std::string& value) {
-    return converted(
-        [&] { options.*field = tools::OptionParser::to_uint(option, value, min, max); });
-  };
-}
+  parser.add_section("Identification");
+  parser.add_string("data", "FILE", "The data file (default: the one shipped with lingomat).",
+                    &options.data_file);
+  parser.add_string("name", "NAME", "File name to use for standard input.", &options.stdin_name);
+  parser.add_strings("only", "LANG",
+                     "Restrict the possible answers to LANG (repeat for several): every file is "
+                     "then named LANG or one of the others, or nothing; it does not filter the "
+                     "output. Unknown names are refused (see --list-languages).",
+                     &options.only);
+  parser.add_uint("max-bytes", "N",
+                  with_default("Tokens start only in the first N bytes; 0: no limit",
+                               std::to_string(kDefaultMaxBytes)),
+                  &options.max_bytes);
+  parser.add_uint(
+      "max-tokens", "N",
+      with_default("Stop tokenizing at N tokens; 0: no limit", std::to_string(kDefaultMaxTokens)),
+      &options.max_tokens);
+  parser.add_uint("min-tokens", "N",
+                  with_default("Fewer tokens give no classifier answer; 0: no minimum",
+                               std::to_string(kDefaultMinTokens)),
+                  &options.min_tokens);
+  parser.add_double("min-score", "X",
+                    with_default("Drop classifier answers scoring below X per token; 0: off",
+                                 tools::OptionParser::format_default(kDefaultMinScore)),
+                    &options.min_score);
 
-const std::map<std::string, ValueSetter>& value_options() {
-  static const std::map<std::string, ValueSetter> setters = {
-      {"--data",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         if (value.empty()) return "--data needs a file name";
-         options.data_file = value;
-         return {};
-       }},
-      {"--name",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         if (value.empty()) return "--name needs a file name";
-         options.stdin_name = value;
-         return {};
-       }},
-      {"--only",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         if (value.empty()) return "--only needs a language name";
-         options.only.push_back(value);
-         return {};
-       }},
-      {"--files-from",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         if (value.empty()) return "--files-from needs a file name ('-' for standard input)";
-         options.files_from = value;
-         return {};
-       }},
-      {"--exclude",
-       [](CliOptions& options, const std::string& value) -> std::string {
-         if (value.empty()) return "--exclude needs a pattern";
-         options.excludes.push_back(value);
-         return {};
-       }},
-      {"--max-bytes", unsigned_setter("max-bytes", &CliOptions::max_bytes)},
-      {"--max-tokens", unsigned_setter("max-tokens", &CliOptions::max_tokens)},
-      {"--min-tokens", unsigned_setter("min-tokens", &CliOptions::min_tokens)},
-      {"--min-score",
-       [](CliOptions& options, const std::string& value) {
-         return converted(
-             [&] { options.min_score = tools::OptionParser::to_double("min-score", value); });
-       }},
-      {"--jobs",
-       [](CliOptions& options, const std::string& value) {
-         return converted([&] {
-           options.jobs =
-               static_cast<unsigned>(tools::OptionParser::to_uint("jobs", value, 1, kMaxJobs));
-         });
-       }},
-  };
-  return setters;
-}
+  parser.add_section("Walking directories");
+  parser.add_string("files-from", "FILE",
+                    "Also identify the paths listed in FILE, one per line ('-': standard "
+                    "input).",
+                    &options.files_from);
+  parser.add_flag("null",
+                  "--files-from lists are NUL-separated, and plain output lines end in NUL "
+                  "with paths written as they are.",
+                  &options.null_separated);
+  parser.add_alias('0', "null");
+  parser.add_strings("exclude", "GLOB",
+                     "Leave out walked files and folders whose name or path below the walked "
+                     "directory matches GLOB (repeatable).",
+                     &options.excludes);
+  parser.add_flag("no-ignore", "Also walk what .gitignore and .ignore files exclude.",
+                  &options.no_ignore);
 
-const std::map<std::string, bool CliOptions::*>& flag_options() {
-  static const std::map<std::string, bool CliOptions::*> flags = {
-      {"--json", &CliOptions::json},
-      {"--explain", &CliOptions::explain},
-      {"--summary", &CliOptions::summary},
-      {"--no-ignore", &CliOptions::no_ignore},
-      {"--list-languages", &CliOptions::list_languages},
-      {"--null", &CliOptions::null_separated},
-  };
-  return flags;
+  parser.add_section("Other");
+  parser.add_flag("list-languages",
+                  "Print the data file's languages and their extensions (one JSON object per "
+                  "language with --json), then exit.",
+                  &options.list_languages);
+  parser.add_uint("jobs", "N", "Worker threads (default: one per core).", &options.jobs, 1,
+                  kMaxJobs);
+  parser.add_alias('j', "jobs");
+  parser.set_epilogue(kExitStatus);
+  return parser;
 }
 
 // Rules that involve more than one option.
-std::string check_combination(const CliOptions& options) {
+void check_combination(const CliOptions& options) {
   if (options.list_languages) {
-    if (!options.paths.empty()) return "--list-languages takes no PATH";
-    return {};
+    if (!options.paths.empty()) throw tools::UsageError("--list-languages takes no PATH");
+    return;
   }
   if (options.paths.empty() && options.files_from.empty()) {
-    return "no PATH given (use '-' for standard input)";
+    throw tools::UsageError("no PATH given (use '-' for standard input)");
   }
   const auto stdin_count = std::count(options.paths.begin(), options.paths.end(), "-");
-  if (stdin_count > 1) return "standard input ('-') can be given only once";
+  if (stdin_count > 1) throw tools::UsageError("standard input ('-') can be given only once");
   if (stdin_count > 0 && options.files_from == "-") {
-    return "standard input cannot be both a PATH ('-') and --files-from -";
+    throw tools::UsageError("standard input cannot be both a PATH ('-') and --files-from -");
   }
   if (options.null_separated && options.explain && !options.json) {
-    return "-0 and --explain cannot be combined (the explanation spans lines)";
+    throw tools::UsageError("-0 and --explain cannot be combined (the explanation spans lines)");
   }
   if (!options.stdin_name.empty() && stdin_count == 0) {
-    return "--name applies to standard input, but '-' is not among the paths";
+    throw tools::UsageError("--name applies to standard input, but '-' is not among the paths");
   }
-  if (options.explain && options.summary) return "--explain and --summary cannot be combined";
-  return {};
+  if (options.explain && options.summary) {
+    throw tools::UsageError("--explain and --summary cannot be combined");
+  }
 }
 
 }  // namespace
 
 ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
   ParsedCommandLine parsed;
-  CliOptions& options = parsed.options;
-  bool options_ended = false;
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
-    if (options_ended || arg == "-" || arg.empty() || arg[0] != '-') {
-      options.paths.push_back(arg);
-      continue;
-    }
-    if (arg == "--") {
-      options_ended = true;
-      continue;
-    }
-    if (arg == "-h" || arg == "--help") {
-      parsed.action = CommandAction::kHelp;
+  try {
+    tools::OptionParser parser = option_parser(parsed.options);
+    if (!parser.parse(argc, argv)) {
+      parsed.action = parser.version_asked() ? CommandAction::kVersion : CommandAction::kHelp;
+      parsed.text = parser.exit_text();
       return parsed;
     }
-    if (arg == "--version") {
-      parsed.action = CommandAction::kVersion;
-      return parsed;
-    }
-    if (const auto flag = flag_options().find(arg == "-0" ? "--null" : arg);
-        flag != flag_options().end()) {
-      options.*(flag->second) = true;
-      continue;
-    }
-
-    // Value options: "--opt VALUE", "--opt=VALUE", "-j N", "-jN".
-    std::string name = arg;
-    std::string value;
-    bool value_attached = false;
-    if (arg.rfind("--", 0) == 0) {
-      const auto equals = arg.find('=');
-      if (equals != std::string::npos) {
-        name = arg.substr(0, equals);
-        value = arg.substr(equals + 1);
-        value_attached = true;
-      }
-    } else if (arg.rfind("-j", 0) == 0) {
-      name = "--jobs";
-      if (arg.size() > 2) {
-        value = arg.substr(2);
-        value_attached = true;
-      }
-    }
-    const auto setter = value_options().find(name);
-    if (setter == value_options().end()) {
-      if (flag_options().count(name) != 0) return usage_error(name + " takes no value");
-      return usage_error("unknown option '" + arg + "'");
-    }
-    if (!value_attached) {
-      // The next argument is the value even when it starts with '-' (--min-score -6).
-      if (i + 1 >= argc) return usage_error(name + " needs a value");
-      value = argv[++i];
-    }
-    if (std::string error = setter->second(options, value); !error.empty()) {
-      return usage_error(std::move(error));
-    }
-  }
-  if (std::string error = check_combination(options); !error.empty()) {
-    return usage_error(std::move(error));
+    check_combination(parsed.options);
+  } catch (const tools::UsageError& error) {
+    parsed.action = CommandAction::kUsageError;
+    parsed.error = error.what();
   }
   return parsed;
-}
-
-std::string help_text() {
-  char defaults[512];
-  std::snprintf(defaults, sizeof defaults,
-                "      --max-bytes N    tokens start only in the first N bytes; 0: no limit "
-                "(default %llu)\n"
-                "      --max-tokens N   stop tokenizing at N tokens; 0: no limit (default %llu)\n"
-                "      --min-tokens N   fewer tokens give no classifier answer; 0: no minimum "
-                "(default %llu)\n"
-                "      --min-score X    drop classifier answers scoring below X per token; "
-                "0: off (default %g)\n",
-                static_cast<unsigned long long>(kDefaultMaxBytes),
-                static_cast<unsigned long long>(kDefaultMaxTokens),
-                static_cast<unsigned long long>(kDefaultMinTokens), kDefaultMinScore);
-  return std::string(
-             "Usage: lingomat [OPTION]... PATH...\n"
-             "Name the programming or markup language of each file.\n"
-             "\n"
-             "Prints one line per file: the path, a tab, and the language (nothing after the\n"
-             "tab when no language was found). Directories are walked recursively, skipping\n"
-             "version-control folders, what .gitignore and .ignore files exclude, and files\n"
-             "that look binary. '-' reads standard input.\n"
-             "\n"
-             "Output:\n"
-             "      --json           one JSON object per line (language null when unknown)\n"
-             "      --explain        show why each file got its language\n"
-             "      --summary        a per-language table (files, bytes, share of bytes)\n"
-             "                       instead of one line per file\n"
-             "\n"
-             "Identification:\n"
-             "      --data FILE      the data file (default: the one shipped with lingomat)\n"
-             "      --name NAME      file name to use for standard input\n"
-             "      --only LANG      restrict the possible answers to LANG (repeat for\n"
-             "                       several): every file is then named LANG or one of\n"
-             "                       the others, or nothing; it does not filter the output.\n"
-             "                       Unknown names are refused (see --list-languages)\n") +
-         defaults +
-         "\n"
-         "Walking directories:\n"
-         "      --files-from FILE  also identify the paths listed in FILE, one per line\n"
-         "                       ('-': standard input)\n"
-         "  -0, --null           --files-from lists are NUL-separated, and plain output\n"
-         "                       lines end in NUL with paths written as they are\n"
-         "      --exclude GLOB   leave out walked files and folders whose name or path\n"
-         "                       below the walked directory matches GLOB (repeatable)\n"
-         "      --no-ignore      also walk what .gitignore and .ignore files exclude\n"
-         "\n"
-         "Other:\n"
-         "      --list-languages print the data file's languages and their extensions\n"
-         "                       (one JSON object per language with --json), then exit\n"
-         "  -j, --jobs N         worker threads (default: one per core)\n"
-         "  -h, --help           show this help and exit\n"
-         "      --version        show the version and exit\n"
-         "\n"
-         "Exit status: 0 if every file was read, 1 if some files could not be read\n"
-         "or the output could not be written, 2 for a usage error or a data file that\n"
-         "cannot be loaded.\n";
 }
 
 }  // namespace quillon::lingomat::cli

@@ -39,7 +39,7 @@ struct CliOptions {
   bool json = false;
   bool explain = false;
   bool summary = false;
-  unsigned jobs = 0;  // 0: one worker per core
+  std::uint64_t jobs = 0;  // 0: one worker per core
 };
 
 enum class CommandAction { kRun, kHelp, kVersion, kUsageError };
@@ -48,11 +48,11 @@ struct ParsedCommandLine {
   CommandAction action = CommandAction::kRun;
   CliOptions options;
   std::string error;  // the reason, when action is kUsageError
+  std::string text;   // what to print, when action is kHelp or kVersion
 };
 
+// Reads the command line with the tools' shared parser, then checks the rules that
+// involve more than one option.
 ParsedCommandLine parse_command_line(int argc, const char* const* argv);
-
-// The complete --help text.
-std::string help_text();
 
 }  // namespace quillon::lingomat::cli

@@ -10,13 +10,14 @@
 
 #include "common/file_io.h"
 #include "common/parallel.h"
+#include "common/progress_line.h"
+#include "common/tool_error.h"
 #include "data_file_locator.h"
 #include "engine_loader.h"
 #include "identify_runner.h"
 #include "input_collector.h"
 #include "language_catalog.h"
 #include "language_summary.h"
-#include "progress_line.h"
 #include "result_output.h"
 
 namespace quillon::lingomat::cli {
@@ -29,30 +30,39 @@ std::string chosen_data_file(const CliOptions& options) {
 }
 
 std::string no_data_file_message() {
-  std::string message = "lingomat: File I/O: no data file found (looked for";
+  std::string message = "File I/O: no data file found (looked for";
   const char* separator = " ";
   for (const std::string& candidate : default_data_file_candidates()) {
     message += separator + candidate;
     separator = ", ";
   }
-  return message + "); name one with --data FILE\n";
+  return message + "); name one with --data FILE";
 }
 
 unsigned worker_count(const CliOptions& options) {
-  return options.jobs != 0 ? options.jobs : tools::default_thread_count();
+  // The parser keeps --jobs within kMaxJobs.
+  return options.jobs != 0 ? static_cast<unsigned>(options.jobs) : tools::default_thread_count();
 }
 
 void write_out(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
+// Output that could not be written is a failure of the run, not of one file.
+void finish_output() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    throw tools::ToolError(std::string("cannot write the output: ") + std::strerror(errno),
+                           kExitSomeFilesFailed);
+  }
+}
+
 // The paths of a --files-from list, split at line feeds or (with -0) NULs; empty entries
-// are skipped. Sets `error` when the list cannot be read.
-std::vector<std::string> listed_paths(const CliOptions& options, std::string& error) {
+// are skipped.
+std::vector<std::string> listed_paths(const CliOptions& options) {
   const tools::ReadResult read = options.files_from == "-"
                                      ? tools::try_read_descriptor(STDIN_FILENO)
                                      : tools::try_read_file(options.files_from);
   if (read.status != tools::ReadStatus::kRead) {
-    error = "cannot read --files-from " + options.files_from + ": " + read.error;
-    return {};
+    throw tools::ToolError("cannot read --files-from " + options.files_from + ": " + read.error,
+                           kExitUsageOrData);
   }
   const char separator = options.null_separated ? '\0' : '\n';
   std::vector<std::string> paths;
@@ -66,9 +76,9 @@ std::vector<std::string> listed_paths(const CliOptions& options, std::string& er
   return paths;
 }
 
-// A usage error naming the first --only name the data file does not know, or empty.
-std::string unknown_only_name(const std::vector<std::string>& only,
-                              const std::vector<LanguageEntry>& catalog) {
+// Refuses the first --only name the data file does not know.
+void check_only_names(const std::vector<std::string>& only,
+                      const std::vector<LanguageEntry>& catalog) {
   for (const std::string& name : only) {
     const bool known = std::any_of(catalog.begin(), catalog.end(),
                                    [&](const LanguageEntry& entry) { return entry.name == name; });
@@ -79,50 +89,36 @@ std::string unknown_only_name(const std::vector<std::string>& only,
       message += (i == 0 ? "; did you mean '" : "' or '") + close[i];
     }
     if (!close.empty()) message += "'?";
-    return message + " (--list-languages shows every name)";
+    throw tools::UsageError(message + " (--list-languages shows every name)");
   }
-  return {};
 }
 
 }  // namespace
 
 int run_identification(const CliOptions& options) {
   const std::string data_file = chosen_data_file(options);
-  if (data_file.empty()) {
-    std::fputs(no_data_file_message().c_str(), stderr);
-    return kExitUsageOrData;
-  }
+  if (data_file.empty()) throw tools::ToolError(no_data_file_message(), kExitUsageOrData);
   const LoadedEngine loaded = load_engine(options, data_file);
-  if (!loaded.engine) {
-    std::fprintf(stderr, "lingomat: %s\n", loaded.error.c_str());
-    return kExitUsageOrData;
-  }
+  if (!loaded.engine) throw tools::ToolError(loaded.error, kExitUsageOrData);
   if (options.list_languages || !options.only.empty()) {
     // The engine has just read this file, so it parses.
     const std::vector<LanguageEntry> catalog = read_language_catalog(data_file);
     if (options.list_languages) {
       write_out(options.json ? catalog_json_lines(catalog) : catalog_text(catalog));
-      return std::fflush(stdout) == 0 ? kExitSuccess : kExitSomeFilesFailed;
+      finish_output();
+      return kExitSuccess;
     }
-    if (const std::string unknown = unknown_only_name(options.only, catalog); !unknown.empty()) {
-      std::fprintf(stderr, "lingomat: %s\n", unknown.c_str());
-      return kExitUsageOrData;
-    }
+    check_only_names(options.only, catalog);
   }
 
   std::vector<std::string> paths = options.paths;
   if (!options.files_from.empty()) {
-    std::string error;
-    std::vector<std::string> listed = listed_paths(options, error);
-    if (!error.empty()) {
-      std::fprintf(stderr, "lingomat: %s\n", error.c_str());
-      return kExitUsageOrData;
-    }
+    std::vector<std::string> listed = listed_paths(options);
     paths.insert(paths.end(), listed.begin(), listed.end());
   }
   const std::vector<InputItem> items =
       collect_inputs(paths, options.stdin_name, {options.excludes, !options.no_ignore});
-  ProgressLine progress(stderr, items.size());
+  tools::ProgressLine progress(stderr, "lingomat", items.size());
   // Only a terminal on standard output shares the line the progress is drawn on.
   const bool output_on_terminal = ::isatty(STDOUT_FILENO) == 1;
   LanguageSummary summary;
@@ -158,10 +154,7 @@ int run_identification(const CliOptions& options) {
   progress.clear();
 
   if (options.summary) write_out(options.json ? summary.json_lines() : summary.table());
-  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-    std::fprintf(stderr, "lingomat: cannot write the output: %s\n", std::strerror(errno));
-    return kExitSomeFilesFailed;
-  }
+  finish_output();
   return some_failed ? kExitSomeFilesFailed : kExitSuccess;
 }
 

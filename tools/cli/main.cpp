@@ -3,25 +3,25 @@
 
 #include "cli_options.h"
 #include "cli_run.h"
+#include "common/tool_error.h"
+#include "common/tool_main.h"
 
-using quillon::lingomat::cli::CommandAction;
+namespace cli = quillon::lingomat::cli;
+namespace lt = quillon::lingomat::tools;
 
 int main(int argc, char** argv) {
-  namespace cli = quillon::lingomat::cli;
-  const cli::ParsedCommandLine parsed = cli::parse_command_line(argc, argv);
-  switch (parsed.action) {
-    case CommandAction::kHelp:
-      std::fputs(cli::help_text().c_str(), stdout);
-      return cli::kExitSuccess;
-    case CommandAction::kVersion:
-      std::printf("lingomat %s\n", LINGOMAT_VERSION);
-      return cli::kExitSuccess;
-    case CommandAction::kUsageError:
-      std::fprintf(stderr, "lingomat: %s\nTry 'lingomat --help' for more information.\n",
-                   parsed.error.c_str());
-      return cli::kExitUsageOrData;
-    case CommandAction::kRun:
-      break;
-  }
-  return cli::run_identification(parsed.options);
+  return lt::run_tool("lingomat", [&] {
+    const cli::ParsedCommandLine parsed = cli::parse_command_line(argc, argv);
+    switch (parsed.action) {
+      case cli::CommandAction::kHelp:
+      case cli::CommandAction::kVersion:
+        std::fputs(parsed.text.c_str(), stdout);
+        return cli::kExitSuccess;
+      case cli::CommandAction::kUsageError:
+        throw lt::UsageError(parsed.error);
+      case cli::CommandAction::kRun:
+        break;
+    }
+    return cli::run_identification(parsed.options);
+  });
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/help_layout.h"
 #include "common/tool_error.h"
 
 namespace quillon::lingomat::tools {
@@ -19,34 +20,55 @@ std::string OptionParser::format_default(double value) {
 OptionParser::OptionParser(std::string program, std::string summary)
     : program_(std::move(program)), summary_(std::move(summary)) {}
 
-void OptionParser::add(Option option) { options_.push_back(std::move(option)); }
+void OptionParser::add_section(const std::string& title) { section_ = title; }
+
+void OptionParser::set_epilogue(std::string text) { epilogue_ = std::move(text); }
+
+void OptionParser::add(const std::string& name, const std::string& metavar, const std::string& help,
+                       std::function<void(const std::string&)> set) {
+  options_.push_back({name, metavar, help, std::move(set), section_});
+}
 
 void OptionParser::add_flag(const std::string& name, const std::string& help, bool* target) {
-  add({name, "", help, [target](const std::string&) { *target = true; }});
+  add(name, "", help, [target](const std::string&) { *target = true; });
 }
+
+namespace {
+
+const std::string& non_empty(const std::string& option, const std::string& metavar,
+                             const std::string& value) {
+  if (value.empty()) throw UsageError("--" + option + ": " + metavar + " cannot be empty");
+  return value;
+}
+
+}  // namespace
 
 void OptionParser::add_string(const std::string& name, const std::string& metavar,
                               const std::string& help, std::string* target) {
-  add({name, metavar, help, [target](const std::string& value) { *target = value; }});
+  add(name, metavar, help, [name, metavar, target](const std::string& value) {
+    *target = non_empty(name, metavar, value);
+  });
 }
 
 void OptionParser::add_strings(const std::string& name, const std::string& metavar,
                                const std::string& help, std::vector<std::string>* target) {
-  add({name, metavar, help, [target](const std::string& value) { target->push_back(value); }});
+  add(name, metavar, help, [name, metavar, target](const std::string& value) {
+    target->push_back(non_empty(name, metavar, value));
+  });
 }
 
 void OptionParser::add_uint(const std::string& name, const std::string& metavar,
                             const std::string& help, std::uint64_t* target, std::uint64_t min,
                             std::uint64_t max) {
-  add({name, metavar, help, [name, target, min, max](const std::string& value) {
-         *target = to_uint(name, value, min, max);
-       }});
+  add(name, metavar, help, [name, target, min, max](const std::string& value) {
+    *target = to_uint(name, value, min, max);
+  });
 }
 
 void OptionParser::add_double(const std::string& name, const std::string& metavar,
                               const std::string& help, double* target) {
-  add({name, metavar, help,
-       [name, target](const std::string& value) { *target = to_double(name, value); }});
+  add(name, metavar, help,
+      [name, target](const std::string& value) { *target = to_double(name, value); });
 }
 
 void OptionParser::add_alias(char letter, const std::string& name) {
@@ -58,9 +80,22 @@ void OptionParser::add_positional(const std::string& metavar, const std::string&
   positionals_.push_back({metavar, help, target});
 }
 
+void OptionParser::add_positionals(const std::string& metavar, const std::string& help,
+                                   std::vector<std::string>* target) {
+  rest_help_ = {metavar, help, nullptr};
+  rest_ = target;
+}
+
 OptionParser::Option* OptionParser::find(const std::string& name) {
   for (Option& option : options_) {
     if (option.name == name) return &option;
+  }
+  return nullptr;
+}
+
+OptionParser::Option* OptionParser::find_alias(char letter) {
+  for (Option& option : options_) {
+    if (option.alias == letter) return &option;
   }
   return nullptr;
 }
@@ -94,16 +129,24 @@ double OptionParser::to_double(const std::string& option, const std::string& tex
   return value;
 }
 
+void OptionParser::take_positional(const std::string& arg, std::size_t& next_positional) {
+  if (next_positional < positionals_.size()) {
+    *positionals_[next_positional++].target = arg;
+  } else if (rest_ != nullptr) {
+    rest_->push_back(arg);
+  } else {
+    throw UsageError("unexpected argument '" + arg + "'");
+  }
+}
+
 bool OptionParser::parse(int argc, const char* const* argv) {
   std::size_t next_positional = 0;
   bool options_done = false;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
+    // "-" alone is an argument: standard input, by convention.
     if (options_done || arg.size() < 2 || arg[0] != '-') {
-      if (next_positional == positionals_.size()) {
-        throw UsageError("unexpected argument '" + arg + "'");
-      }
-      *positionals_[next_positional++].target = arg;
+      take_positional(arg, next_positional);
       continue;
     }
     if (arg == "--") {
@@ -121,10 +164,15 @@ bool OptionParser::parse(int argc, const char* const* argv) {
     bool has_value = false;
     Option* option = nullptr;
     if (arg[1] != '-') {
-      for (Option& candidate : options_) {
-        if (arg.size() == 2 && candidate.alias == arg[1]) option = &candidate;
+      // "-o", or an alias with its value attached: "-j4".
+      option = find_alias(arg[1]);
+      if (option == nullptr || (arg.size() > 2 && option->metavar.empty())) {
+        throw UsageError("unknown option '" + arg + "'");
       }
-      if (option == nullptr) throw UsageError("unknown option '" + arg + "'");
+      if (arg.size() > 2) {
+        value = arg.substr(2);
+        has_value = true;
+      }
       name = option->name;
     } else {
       name = arg.substr(2);
@@ -155,20 +203,29 @@ bool OptionParser::parse(int argc, const char* const* argv) {
 std::string OptionParser::help() const {
   std::string text = "Usage: " + program_ + " [options]";
   for (const Positional& positional : positionals_) text += " " + positional.metavar;
-  text += "\n" + summary_ + "\n\n";
+  if (rest_ != nullptr) text += " " + rest_help_.metavar;
+  text += "\n" + summary_ + "\n";
+  if (!positionals_.empty() || rest_ != nullptr) text += "\n";
   for (const Positional& positional : positionals_) {
-    text += "  " + positional.metavar + "\n      " + positional.help + "\n";
+    text += help_entry("  " + positional.metavar, positional.help);
   }
-  text += "\nOptions:\n";
+  if (rest_ != nullptr) text += help_entry("  " + rest_help_.metavar, rest_help_.help);
+  std::string section;
   for (const Option& option : options_) {
-    text += "  ";
-    if (option.alias != 0) text += std::string("-") + option.alias + ", ";
-    text += "--" + option.name;
-    if (!option.metavar.empty()) text += " " + option.metavar;
-    text += "\n      " + option.help + "\n";
+    if (option.section != section) {
+      section = option.section;
+      text += "\n" + section + ":\n";
+    }
+    // Long names line up whether or not the option has a letter.
+    std::string term = option.alias != 0 ? std::string("  -") + option.alias + ", " : "      ";
+    term += "--" + option.name;
+    if (!option.metavar.empty()) term += " " + option.metavar;
+    text += help_entry(term, option.help);
   }
-  text += "  -h, --help\n      Show this help and exit.\n";
-  text += "      --version\n      Show the version and exit.\n";
+  if (options_.empty()) text += "\nOptions:\n";
+  text += help_entry("  -h, --help", "Show this help and exit.");
+  text += help_entry("      --version", "Show the version and exit.");
+  if (!epilogue_.empty()) text += "\n" + epilogue_;
   return text;
 }
 

@@ -1,12 +1,9 @@
 #include "common/parallel.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <exception>
 #include <mutex>
 #include <system_error>
@@ -136,15 +133,6 @@ void run_parallel(std::size_t count, unsigned threads,
   for (std::thread& thread : pool) thread.join();
   if (progress) progress(done.load(), count, true);
   failure.rethrow();
-}
-
-ProgressFn terminal_progress(const std::string& label) {
-  if (!isatty(STDERR_FILENO)) return {};
-  return [label](std::size_t done, std::size_t total, bool last) {
-    std::fprintf(stderr, "\r%s: %zu/%zu files", label.c_str(), done, total);
-    if (last) std::fputc('\n', stderr);
-    std::fflush(stderr);
-  };
 }
 
 }  // namespace quillon::lingomat::tools

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <string>
 
 namespace quillon::lingomat::tools {
 
@@ -24,9 +23,5 @@ unsigned default_thread_count();
 void run_parallel(std::size_t count, unsigned threads,
                   const std::function<void(std::size_t index, unsigned worker)>& task,
                   const ProgressFn& progress = {});
-
-// A progress line "\r<label>: done/total" on standard error, or an empty
-// function when standard error is not a terminal.
-ProgressFn terminal_progress(const std::string& label);
 
 }  // namespace quillon::lingomat::tools

@@ -6,6 +6,7 @@
 
 #include "common/file_io.h"
 #include "common/parallel.h"
+#include "common/progress_line.h"
 #include "common/samples_tree.h"
 #include "common/tool_error.h"
 #include "engine/status.h"

@@ -27,9 +27,11 @@ int evaluate(int argc, char** argv) {
   lt::SplitOptions split;
 
   lt::OptionParser parser(kProgram,
-                          "Identifies every file of a labelled test set (same layout as the "
-                          "samples folder) twice,\nfrom its content only and with its own file "
-                          "name, and reports the accuracy of each mode.");
+                          "Measures how well a data file identifies a labelled test set.\n"
+                          "\n"
+                          "Identifies every file of the test set (same layout as the samples "
+                          "folder)\ntwice: from its content only and with its own file name, "
+                          "and reports the\naccuracy of each mode.");
   parser.add_positional("DATA_FILE", "The data file to evaluate.", &config.data_path);
   parser.add_positional("SAMPLES", "The labelled test set, one folder per language.",
                         &config.samples_root);

@@ -5,8 +5,9 @@ output), so that the help stays the one source of both.
     lingomat --help | help_to_man.py --name lingomat --version 1.0.0 > lingomat.1
 
 The help's first line is the usage; the lines up to the first blank one describe the tool;
-"Heading:" lines start sections; indented lines that start with "-" name options, and the
-text after two spaces, or on the more indented lines below, explains them."""
+"Heading:" lines start sections; lines indented up to six spaces that start with "-" or an
+upper-case name name options and arguments, and the text after two spaces, or on the more
+indented lines below, explains them."""
 
 import argparse
 import re
@@ -16,6 +17,15 @@ import sys
 def roff(text):
     text = text.replace("\\", "\\e").replace("-", "\\-")
     return "\\&" + text if text.startswith((".", "'")) else text
+
+
+def is_term(line):
+    """An option or argument name, a little indented; its explanation may follow after two
+    spaces. Explanations that continue on the next lines are indented further."""
+    indent = len(line) - len(line.lstrip(" "))
+    stripped = line.strip()
+    return 0 < indent <= 6 and (stripped.startswith("-") or
+                                re.match(r"[A-Z][A-Z_.]*(\s{2,}|$)", stripped) is not None)
 
 
 def convert(help_text, name, version):
@@ -36,8 +46,7 @@ def convert(help_text, name, version):
             out.append(".PP")
         elif not line.startswith(" ") and stripped.endswith(":"):
             out.append(".SS " + roff(stripped[:-1]))
-        elif line.startswith(" ") and (stripped.startswith("-") or
-                                       re.fullmatch(r"[A-Z][A-Z_.]*", stripped)):
+        elif is_term(line):
             match = re.match(r"(\S.*?)(?:\s{2,}(.*))?$", stripped)
             term, rest = match.group(1), match.group(2) or ""
             out.extend([".TP", "\\fB" + roff(term) + "\\fR"])

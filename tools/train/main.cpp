@@ -24,8 +24,11 @@ int train(int argc, char** argv) {
   lt::SplitOptions split;
 
   lt::OptionParser parser(kProgram,
-                          "Builds the engine's data file from a language definitions file and a "
-                          "samples folder\n(<samples>/<Language>/<project>/.../<file>).");
+                          "Builds the engine's data file.\n"
+                          "\n"
+                          "Reads a language definitions file and a samples folder\n"
+                          "(<samples>/<Language>/<project>/.../<file>) and writes the data file "
+                          "the\nengine loads.");
   parser.add_positional("DEFINITIONS", "The language definitions file.", &config.definitions_path);
   parser.add_positional("SAMPLES", "The samples folder, one folder per language.",
                         &config.samples_root);

@@ -2,11 +2,12 @@
 
 #include <iomanip>
 #include <sstream>
+
 #include "check/data_file_check.h"
 #include "common/definitions.h"
 #include "common/file_io.h"
+#include "common/progress_line.h"
 #include "common/samples_tree.h"
-
 #include "train/data_file_writer.h"
 #include "train/discriminative.h"
 #include "train/sample_selection.h"

@@ -1,8 +1,10 @@
-#include "progress_line.h"
+#include "common/progress_line.h"
 
 #include <unistd.h>
 
-namespace quillon::lingomat::cli {
+#include <memory>
+
+namespace quillon::lingomat::tools {
 
 namespace {
 
@@ -11,8 +13,9 @@ constexpr std::chrono::milliseconds kRedrawInterval(100);
 
 }  // namespace
 
-ProgressLine::ProgressLine(std::FILE* stream, std::size_t total)
+ProgressLine::ProgressLine(std::FILE* stream, std::string label, std::size_t total)
     : stream_(stream),
+      label_(std::move(label)),
       total_(total),
       enabled_(total >= kProgressMinFiles && ::isatty(::fileno(stream)) == 1) {}
 
@@ -25,7 +28,7 @@ void ProgressLine::update(std::size_t done) {
   if (drawn_before_ && now - last_drawn_ < kRedrawInterval) return;
   drawn_before_ = true;
   last_drawn_ = now;
-  std::fprintf(stream_, "\rlingomat: %zu/%zu files (%zu%%)", done, total_,
+  std::fprintf(stream_, "\r%s: %zu/%zu files (%zu%%)", label_.c_str(), done, total_,
                total_ == 0 ? 100 : done * 100 / total_);
   std::fflush(stream_);
   shown_ = true;
@@ -39,4 +42,18 @@ void ProgressLine::clear() {
   shown_ = false;
 }
 
-}  // namespace quillon::lingomat::cli
+ProgressFn terminal_progress(const std::string& label) {
+  if (::isatty(STDERR_FILENO) != 1) return {};
+  // run_parallel copies the function; the copies draw one line, made once the total is known.
+  auto line = std::make_shared<std::unique_ptr<ProgressLine>>();
+  return [label, line](std::size_t done, std::size_t total, bool last) {
+    if (!*line) *line = std::make_unique<ProgressLine>(stderr, label, total);
+    if (last) {
+      (*line)->clear();
+    } else {
+      (*line)->update(done);
+    }
+  };
+}
+
+}  // namespace quillon::lingomat::tools
