@@ -86,7 +86,7 @@ void Classifier::load(const JsonValue& document) {
       std::uint64_t hashes[kAhead] = {};
       auto hash_ahead = [&](std::size_t k) {
         if (!first[k].name.IsString()) return;  // reported when its turn comes
-        hashes[k % kAhead] = hash_token(string_view_of(first[k].name));
+        hashes[k % kAhead] = vocabulary_.hash(string_view_of(first[k].name));
         vocabulary_.prefetch(hashes[k % kAhead]);
       };
       for (std::size_t k = 0; k < std::min(kAhead, count); ++k) hash_ahead(k);
@@ -94,7 +94,12 @@ void Classifier::load(const JsonValue& document) {
         const auto& token = first[i];
         const std::uint64_t hash = hashes[i % kAhead];
         if (i + kAhead < count) hash_ahead(i + kAhead);  // takes the slot just read
+        const TokenHasher::Mode mode = vocabulary_.hasher().mode();
         const std::uint32_t id = vocabulary_.intern(string_view_of(token.name), hash);
+        if (vocabulary_.hasher().mode() != mode) {
+          // A flood made the table change its hash: the hashes read ahead are stale.
+          for (std::size_t k = i + 1; k < std::min(i + 1 + kAhead, count); ++k) hash_ahead(k);
+        }
         read_count(token.value);
         if (id == last_language.size()) {
           last_language.push_back(kNoLanguage);

@@ -12,7 +12,7 @@
 
 namespace quillon::lingomat {
 
-class TextTokens;
+class TextScorer;
 
 using Ranking = std::vector<std::pair<std::string, double>>;
 
@@ -43,11 +43,13 @@ class Classifier {
   Ranking classify(const std::vector<std::string>& tokens,
                    const std::vector<std::string>& languages) const;
 
-  // The same ranking for tokens gathered with `vocabulary()`; a null list ranks every language.
-  Ranking classify(const TextTokens& tokens, const std::vector<std::string>* languages) const;
+  // The same ranking for the tokens a scorer made for this classifier took.
+  Ranking classify(TextScorer& scorer) const;
   const Vocabulary& vocabulary() const { return vocabulary_; }
 
  private:
+  friend class TextScorer;
+
   struct Language {
     std::uint64_t tokens = 0;
     std::uint64_t samples = 0;
@@ -57,9 +59,6 @@ class Classifier {
 
   void load(const JsonValue& document);
   double prior(const Language& language) const;
-  // Per language index in `languages`, the sum of the token terms in text order.
-  std::vector<double> log_likelihoods(const TextTokens& tokens,
-                                      const std::vector<std::uint32_t>& languages) const;
 
   std::string data_file_;
   std::uint64_t min_tokens_;

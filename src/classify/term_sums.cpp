@@ -10,11 +10,11 @@ namespace {
 using Lanes2 = double __attribute__((vector_size(16)));  // SSE2: always there on x86-64
 using Lanes4 = double __attribute__((vector_size(32)));  // AVX2, where the processor has it
 
-// Adds the rows starting at `offsets`, in order, to one block of sums.
+// Adds one block of columns of the rows, in order, to one block of sums.
 template <typename Lanes>
-__attribute__((always_inline)) inline void add_rows_with(const double* rows,
-                                                         const std::uint32_t* offsets,
-                                                         std::size_t count, double* sums) {
+__attribute__((always_inline)) inline void add_rows_with(const double* const* rows,
+                                                         std::size_t count, std::size_t column,
+                                                         double* sums) {
   constexpr std::size_t kWidth = sizeof(Lanes) / sizeof(double);
   constexpr std::size_t kRegisters = kSumBlock / kWidth;
   Lanes sum[kRegisters];
@@ -22,7 +22,7 @@ __attribute__((always_inline)) inline void add_rows_with(const double* rows,
   for (std::size_t r = 0; r < kRegisters; ++r)
     std::memcpy(&sum[r], sums + r * kWidth, sizeof(Lanes));
   for (std::size_t i = 0; i < count; ++i) {
-    const double* row = rows + offsets[i];
+    const double* row = rows[i] + column;
 #pragma GCC unroll 8  // keeps the sums in registers
     for (std::size_t r = 0; r < kRegisters; ++r) {
       Lanes term;
@@ -37,23 +37,21 @@ __attribute__((always_inline)) inline void add_rows_with(const double* rows,
 
 }  // namespace
 
-void add_rows_sse2(const double* rows, const std::uint32_t* offsets, std::size_t count,
-                   double* sums) {
-  add_rows_with<Lanes2>(rows, offsets, count, sums);
+void add_rows_sse2(const double* const* rows, std::size_t count, std::size_t column, double* sums) {
+  add_rows_with<Lanes2>(rows, count, column, sums);
 }
 
 #if defined(__x86_64__) || defined(__i386__)
-__attribute__((target("avx2"))) void add_rows_avx2(const double* rows, const std::uint32_t* offsets,
-                                                   std::size_t count, double* sums) {
-  add_rows_with<Lanes4>(rows, offsets, count, sums);
+__attribute__((target("avx2"))) void add_rows_avx2(const double* const* rows, std::size_t count,
+                                                   std::size_t column, double* sums) {
+  add_rows_with<Lanes4>(rows, count, column, sums);
 }
 
 bool has_avx2() { return __builtin_cpu_supports("avx2"); }
 #else
 // Elsewhere the two-lane form serves.
-void add_rows_avx2(const double* rows, const std::uint32_t* offsets, std::size_t count,
-                   double* sums) {
-  add_rows_sse2(rows, offsets, count, sums);
+void add_rows_avx2(const double* const* rows, std::size_t count, std::size_t column, double* sums) {
+  add_rows_sse2(rows, count, column, sums);
 }
 
 bool has_avx2() { return false; }

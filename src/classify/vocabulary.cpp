@@ -1,40 +1,31 @@
 #include "classify/vocabulary.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "classify/hash_slots.h"
 
 namespace quillon::lingomat {
-
-std::uint64_t hash_token(std::string_view token) {
-  // Eight bytes at a time, multiply-and-rotate mixing: tokens are short and hashed often.
-  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
-  std::uint64_t hash = 0xCBF29CE484222325ull ^ token.size();
-  const char* p = token.data();
-  std::size_t left = token.size();
-  for (; left >= 8; left -= 8, p += 8) {
-    std::uint64_t chunk;
-    std::memcpy(&chunk, p, 8);
-    hash = ((hash ^ chunk) * kMultiplier);
-    hash ^= hash >> 29;
-  }
-  if (left > 0) {
-    std::uint64_t chunk = 0;
-    std::memcpy(&chunk, p, left);
-    hash = ((hash ^ chunk) * kMultiplier);
-  }
-  hash ^= hash >> 32;
-  hash *= kMultiplier;
-  return hash ^ (hash >> 29);
-}
 
 std::string_view Vocabulary::token(std::uint32_t id) const {
   const std::uint64_t begin = id == 0 ? 0 : ends_[id - 1];
   return std::string_view(bytes_).substr(begin, ends_[id] - begin);
 }
 
+namespace {
+
+// The filter position of a token: hash bits mostly above those that pick its table slot.
+std::uint32_t filter_position(std::uint32_t short_hash, std::uint32_t mask) {
+  return (short_hash >> 10) & mask;
+}
+
+}  // namespace
+
 std::uint32_t Vocabulary::find(std::string_view token, std::uint64_t hash) const {
   const std::uint32_t short_hash = static_cast<std::uint32_t>(hash);
+  if (!filter_.empty()) {
+    const std::uint32_t bit = filter_position(short_hash, filter_mask_);
+    if ((filter_[bit / 64] >> (bit % 64) & 1) == 0) return kAbsent;
+  }
   const std::size_t mask = slots_.size() - 1;
   for (std::size_t slot = probe_start(hash);; slot = (slot + 1) & mask) {
     const std::uint32_t id = slots_[slot];
@@ -52,14 +43,30 @@ std::uint32_t Vocabulary::intern(std::string_view token, std::uint64_t hash) {
     if (id == kAbsent) break;
     if (hashes_[id] == short_hash && this->token(id) == token) return id;
   }
+  filter_.clear();  // built again by shrink_to_fit()
   const auto id = static_cast<std::uint32_t>(hashes_.size());
   bytes_.append(token.data(), token.size());
   ends_.push_back(bytes_.size());
   hashes_.push_back(short_hash);
   slots_[slot] = id;
-  // Keep probes short: at most half full.
-  if (hashes_.size() * 2 > slots_.size()) rebuild(slots_.size() * 2);
+  longest_ = std::max(longest_, token.size());
+  const std::size_t probed = (slot - probe_start(hash)) & mask;
+  if (probed > kMaxProbe && hasher_.mode() == TokenHasher::Mode::kFast) {
+    switch_to_keyed_hash();
+  } else if (hashes_.size() * 2 > slots_.size()) {
+    rebuild(slots_.size() * 2);  // keep probes short: at most half full
+  }
   return id;
+}
+
+void Vocabulary::switch_to_keyed_hash() {
+  hasher_.use_keyed();
+  for (std::uint32_t id = 0; id < hashes_.size(); ++id) {
+    hashes_[id] = static_cast<std::uint32_t>(hasher_(token(id)));
+  }
+  std::size_t slot_count = std::max<std::size_t>(slots_.size(), 16);
+  while (slot_count < hashes_.size() * 2) slot_count *= 2;
+  rebuild(slot_count);
 }
 
 void Vocabulary::reserve(std::size_t tokens, std::size_t bytes) {
@@ -82,6 +89,16 @@ void Vocabulary::shrink_to_fit() {
   bytes_.shrink_to_fit();
   ends_.shrink_to_fit();
   hashes_.shrink_to_fit();
+
+  // About sixteen bits per token: one unknown token in fifteen passes the filter.
+  std::size_t bits = 64;
+  while (bits < hashes_.size() * 16 && bits < (std::size_t{1} << 22)) bits *= 2;
+  filter_.assign(bits / 64, 0);
+  filter_mask_ = static_cast<std::uint32_t>(bits - 1);
+  for (const std::uint32_t short_hash : hashes_) {
+    const std::uint32_t bit = filter_position(short_hash, filter_mask_);
+    filter_[bit / 64] |= std::uint64_t{1} << (bit % 64);
+  }
 }
 
 }  // namespace quillon::lingomat

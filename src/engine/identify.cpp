@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "classify/text_tokens.h"
+#include "classify/text_scorer.h"
 #include "engine/engine.h"
 
 namespace quillon::lingomat {
@@ -26,18 +26,18 @@ Ranking Lingomat::identify_by_classifier(std::string_view code,
 
 Ranking Lingomat::rank(std::string_view code, const std::vector<std::string>& candidates,
                        Ranking* before_floor, std::uint64_t* token_count) const {
-  TextTokens tokens(classifier_.vocabulary());
-  tokenizer_.extract_tokens(code, tokens);
-  if (token_count != nullptr) *token_count = tokens.count();
   // No candidates and no restrictions: every language, without copying their names first.
   const std::vector<std::string>* names = &candidates;
   if (candidates.empty()) names = apply_restrictions() ? &opts_.restrictions : nullptr;
-  Ranking ranking = classifier_.classify(tokens, names);
+  TextScorer scorer(classifier_, names);
+  tokenizer_.extract_tokens(code, scorer);
+  if (token_count != nullptr) *token_count = scorer.count();
+  Ranking ranking = classifier_.classify(scorer);
   if (before_floor != nullptr) *before_floor = ranking;
 
   const double floor = opts_.classifier.min_score_per_token;
   if (floor != 0.0) {  // -0.0 compares equal too, and also switches the floor off
-    const double count = static_cast<double>(tokens.count());
+    const double count = static_cast<double>(scorer.count());
     // A NaN score per token compares false and is kept.
     ranking.erase(std::remove_if(ranking.begin(), ranking.end(),
                                  [&](const auto& entry) { return floor > entry.second / count; }),

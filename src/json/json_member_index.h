@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "base/token_hash.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -22,7 +23,8 @@ class JsonMemberIndex {
   const JsonValue& at(std::string_view name) const;
 
  private:
-  std::unordered_map<std::string_view, const JsonValue*> members_;
+  // Keyed, so that names chosen to collide cannot make loading quadratic.
+  std::unordered_map<std::string_view, const JsonValue*, KeyedStringHash> members_;
 };
 
 }  // namespace quillon::lingomat
