@@ -4,6 +4,10 @@
 //   answer<TAB>count{<TAB>language<TAB>score}
 // Options, in the package's terms: --data FILE --max-scan-bytes N --max-tokens N
 // --min-tokens N --min-score-per-token X --only LANGUAGE (repeatable).
+// With --time RUNS it answers nothing and, as the JavaScript benchmark's native baseline,
+// prints the median time to create an engine and to identify every listed file once.
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -36,6 +40,7 @@ struct Options {
   std::string data_file;
   std::vector<std::string> only;
   std::vector<const char*> only_pointers;
+  int timing_runs = 0;
 };
 
 Options parse(int argc, char** argv) {
@@ -55,6 +60,8 @@ Options parse(int argc, char** argv) {
       options.plugin.minTokens = std::strtoull(value, nullptr, 10);
     } else if (flag == "--min-score-per-token") {
       options.plugin.minScorePerToken = std::strtod(value, nullptr);
+    } else if (flag == "--time") {
+      options.timing_runs = std::atoi(value);
     } else if (flag == "--only") {
       options.only.emplace_back(value);
     } else {
@@ -76,10 +83,52 @@ Options parse(int argc, char** argv) {
   return options;
 }
 
+template <typename Work>
+double median_seconds(int runs, Work work) {
+  std::vector<double> seconds;
+  for (int run = 0; run < runs; ++run) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    seconds.push_back(
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  }
+  std::sort(seconds.begin(), seconds.end());
+  return seconds[seconds.size() / 2];
+}
+
+// Reads every listed file first, so that only the library's work is timed.
+int time_native(const Options& options) {
+  std::vector<std::pair<std::string, std::string>> files;  // name, text
+  std::string line;
+  while (std::getline(std::cin, line)) {
+    const auto tab = line.find('\t');
+    if (tab == std::string::npos) fail("expected path<TAB>name, got " + line);
+    files.emplace_back(line.substr(tab + 1), read_file(line.substr(0, tab)));
+  }
+  const double create = median_seconds(options.timing_runs, [&] {
+    LingomatHandle handle = nullptr;
+    if (lingomatCreate(&handle, &options.plugin) != LINGOMAT_SUCCESS) fail("create failed");
+    lingomatDestroy(&handle);
+  });
+  LingomatHandle handle = nullptr;
+  if (lingomatCreate(&handle, &options.plugin) != LINGOMAT_SUCCESS) fail("create failed");
+  const double identify = median_seconds(options.timing_runs, [&] {
+    for (const auto& [name, text] : files) {
+      const char* language = nullptr;
+      lingomatIdentifyCode(handle, text.data(), text.size(), name.c_str(), &language);
+    }
+  });
+  lingomatDestroy(&handle);
+  std::printf("create_seconds\t%.6f\nidentify_all_seconds\t%.6f\nfiles\t%zu\n", create, identify,
+              files.size());
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const Options options = parse(argc, argv);
+  if (options.timing_runs > 0) return time_native(options);
   LingomatHandle handle = nullptr;
   const int status = lingomatCreate(&handle, &options.plugin);
   if (status != LINGOMAT_SUCCESS) fail(lingomatPlugInGetErrorString(status));
