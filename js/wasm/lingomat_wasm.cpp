@@ -237,9 +237,8 @@ EMSCRIPTEN_KEEPALIVE int lm_rank(WasmEngine* engine, const char* code, std::uint
 }
 
 // As lm_rank, and the rest of the trace as JSON for lm_text_result.
-EMSCRIPTEN_KEEPALIVE int lm_explain(WasmEngine* engine, const char* code,
-                                    std::uint32_t code_length, const char* file_name,
-                                    std::uint32_t name_length) {
+EMSCRIPTEN_KEEPALIVE int lm_explain(WasmEngine* engine, const char* code, std::uint32_t code_length,
+                                    const char* file_name, std::uint32_t name_length) {
   try {
     const std::string_view text = view(code, code_length);
     const auto trace = engine->engine.trace(view(file_name, name_length), text);
