@@ -5,15 +5,14 @@ import assert from 'node:assert/strict';
 import { existsSync, mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
-import { fileURLToPath } from 'node:url';
 import { chromium } from 'playwright-core';
 
 import { createEngine } from '../src/index.js';
 import { servePackage } from '../page/serve.mjs';
 
 const CHROMIUM = process.env.LINGOMAT_CHROMIUM ?? '/usr/bin/chromium';
-const here = path.dirname(fileURLToPath(import.meta.url));
-const screenshot = process.env.LINGOMAT_PAGE_SCREENSHOT; // where to keep a picture, if wanted
+// Where to keep a picture of the page (docs/images/page.png was taken so), if anywhere.
+const screenshot = process.env.LINGOMAT_PAGE_SCREENSHOT;
 
 const SCRIPT = `#!/bin/sh
 # Rebuilds the site when a source changes.
