@@ -8,7 +8,13 @@ set -euo pipefail
 packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3
   python3-pip python3-setuptools python3-venv python3-pytest
   python3-dask python3-distributed python3-pandas
-  clang libclang-rt-14-dev llvm)
+  clang libclang-rt-14-dev llvm
+  nodejs emscripten node-acorn chromium)
+# Node and Emscripten build and test the WebAssembly package (js/), Chromium runs its page's
+# test. npm comes with some Node builds and is Debian's own package otherwise.
+if ! command -v npm >/dev/null 2>&1; then
+  packages+=(npm)
+fi
 missing=()
 for pkg in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
