@@ -1,6 +1,10 @@
 #include "base/token_hash.h"
 
+#if defined(__EMSCRIPTEN__)
+#include <unistd.h>  // getentropy: the browser's or Node's generator
+#else
 #include <sys/random.h>
+#endif
 
 #include <chrono>
 #include <cstring>
@@ -12,7 +16,11 @@ std::uint64_t random_word() {
   std::uint64_t word = 0;
   // The kernel's generator, without opening a device file; GRND_NONBLOCK so that a host
   // started before the pool is ready never waits.
+#if defined(__EMSCRIPTEN__)
+  if (::getentropy(&word, sizeof word) == 0) return word;
+#else
   if (::getrandom(&word, sizeof word, GRND_NONBLOCK) == sizeof word) return word;
+#endif
   // Without it: the clock and an address, still unknown to whoever wrote the input.
   static std::uint64_t counter = 0;
   word = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
