@@ -211,6 +211,8 @@ int lingomatPyCheckNames(const char* data_file, const char* const* names, uint64
   }
 }
 
+const char* lingomatPyErrorString(int status) { return lingomat::status_text(status); }
+
 void lingomatPyFree(void* buffer) { std::free(buffer); }
 
 }  // extern "C"

@@ -67,6 +67,9 @@ LINGOMAT_PY_API int lingomatPyDecode(const char* code, uint64_t length, uint64_t
 LINGOMAT_PY_API int lingomatPyCheckNames(const char* data_file, const char* const* names,
                                          uint64_t count, char** message);
 
+/* The library's text for a status code, as lingomatPlugInGetErrorString. */
+LINGOMAT_PY_API const char* lingomatPyErrorString(int status);
+
 LINGOMAT_PY_API void lingomatPyFree(void* buffer);
 
 #ifdef __cplusplus
