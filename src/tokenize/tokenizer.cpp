@@ -90,8 +90,9 @@ class Pass {
   // The fixed patterns other than the tag look this far beyond their match at most.
   static constexpr std::size_t kLookahead = 4;
 
-  // A tag that failed to match ran up to the next '<' or '>' looking for its end.
+  // A tag that failed to match at a '<' ran up to the next '<' or '>' looking for its end.
   std::size_t failed_tag_reach() const {
+    if (pos == text_.size() || text_[pos] != '<') return pos + kLookahead;
     const std::size_t stop = text_.find_first_of("<>", pos + 1);
     return stop == std::string_view::npos ? text_.size() + 1 : stop + 1;
   }
