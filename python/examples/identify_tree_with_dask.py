@@ -56,10 +56,12 @@ def main():
     parser.add_argument("--threads", type=int, default=2, help="threads sharing one engine")
     parser.add_argument("--runs", type=int, default=3)
     parser.add_argument("--scheduler", help="address of a running Dask scheduler")
+    parser.add_argument("--repeat", type=int, default=1,
+                        help="list every file this many times (a bigger job from a small tree)")
     args = parser.parse_args()
     options = {"min_tokens": 1, "min_score": 0.0}  # the command-line tool's relaxed floors
 
-    paths = sorted(walk(args.root))
+    paths = sorted(walk(args.root)) * args.repeat
     if not paths:
         sys.exit(f"no files below {args.root}")
     per_file = 1e3 / len(paths)
