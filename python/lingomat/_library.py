@@ -1,11 +1,18 @@
-"""Finding and loading the plug-in library and the shipped data file."""
+"""Finding and loading the native libraries and the data file.
+
+The package carries its own native library (built from this repository's sources when the
+package is built) and the shipped data file. A plug-in library named by library= or
+$LINGOMAT_LIBRARY is used instead of the bundled engine for identify()."""
 
 import ctypes
 import ctypes.util
 import os
 
 LIBRARY_NAME = "liblingomatplugin.so.1"
+NATIVE_NAME = "_lingomat_native.so"
+_PACKAGE_DIR = os.path.dirname(os.path.abspath(__file__))
 _DATA_RELATIVE = os.path.join("share", "lingomat", "lingomat.json")
+BUNDLED_DATA = os.path.join(_PACKAGE_DIR, "data", "lingomat.json")
 
 
 class Options(ctypes.Structure):
@@ -42,35 +49,87 @@ def _declare(lib):
     return lib
 
 
-def _candidate_libraries(explicit):
+def chosen_plugin(explicit):
+    """The plug-in library the caller asked for (library=, else $LINGOMAT_LIBRARY), or None."""
     if explicit:
-        yield os.fspath(explicit)
-        return
-    from_env = os.environ.get("LINGOMAT_LIBRARY")
-    if from_env:
-        yield from_env
-        return
-    # The dynamic loader's own search (ld.so.cache, LD_LIBRARY_PATH), then the
-    # usual prefixes that are not always in it.
-    yield LIBRARY_NAME
-    found = ctypes.util.find_library("lingomatplugin")
-    if found:
-        yield found
-    for prefix in ("/usr/local", "/usr"):
-        for libdir in ("lib", "lib64"):
-            yield os.path.join(prefix, libdir, LIBRARY_NAME)
+        return os.fspath(explicit)
+    return os.environ.get("LINGOMAT_LIBRARY") or None
 
 
-def load_library(explicit=None):
-    """The plug-in as a ctypes library, from `explicit`, $LINGOMAT_LIBRARY or the system."""
-    tried = []
-    for candidate in _candidate_libraries(explicit):
-        try:
-            return _declare(ctypes.CDLL(candidate))
-        except OSError as error:
-            tried.append(f"{candidate} ({error})")
-    raise OSError("lingomat: cannot load the plug-in library; tried " + ", ".join(tried) +
-                  ". Pass library=PATH or set LINGOMAT_LIBRARY.")
+def load_library(path):
+    """The plug-in at `path` as a ctypes library."""
+    try:
+        return _declare(ctypes.CDLL(path))
+    except OSError as error:
+        raise OSError(f"lingomat: cannot load the plug-in library {path} ({error})") from None
+
+
+def _declare_native(lib):
+    handle = ctypes.c_void_p
+    text = ctypes.c_char_p
+    u64 = ctypes.c_uint64
+    u64_p = ctypes.POINTER(u64)
+    signatures = {
+        "lingomatPyOptsInitWithDefaults": (None, [ctypes.POINTER(Options)]),
+        "lingomatPyCreate": (ctypes.c_int, [ctypes.POINTER(Options), ctypes.POINTER(handle),
+                                            ctypes.c_char_p, ctypes.c_size_t]),
+        "lingomatPyDestroy": (None, [handle]),
+        "lingomatPyLanguageCount": (u64, [handle]),
+        "lingomatPyBaseName": (ctypes.c_void_p, [text]),
+        "lingomatPyLooksBinary": (ctypes.c_int, [text, u64]),
+        "lingomatPyBinarySniffBytes": (u64, []),
+        "lingomatPyIdentify": (ctypes.c_int, [handle, text, u64, text,
+                                              ctypes.POINTER(ctypes.c_char_p)]),
+        "lingomatPyRank": (ctypes.c_int, [handle, text, u64, text, u64,
+                                          ctypes.POINTER(ctypes.c_char_p),
+                                          ctypes.POINTER(ctypes.c_double), u64_p]),
+        "lingomatPyExplain": (ctypes.c_int, [handle, text, u64, text,
+                                             ctypes.POINTER(ctypes.c_void_p)]),
+        "lingomatPyDecode": (ctypes.c_int, [text, u64, u64, u64, ctypes.POINTER(ctypes.c_void_p),
+                                            u64_p]),
+        "lingomatPyCheckNames": (ctypes.c_int, [text, ctypes.POINTER(ctypes.c_char_p), u64,
+                                                ctypes.POINTER(ctypes.c_void_p)]),
+        "lingomatPyErrorString": (ctypes.c_char_p, [ctypes.c_int]),
+        "lingomatPyFree": (None, [ctypes.c_void_p]),
+    }
+    for name, (restype, argtypes) in signatures.items():
+        function = getattr(lib, name)
+        function.restype = restype
+        function.argtypes = argtypes
+    return lib
+
+
+_native = None
+
+
+def load_native():
+    """The package's own native library: beside this file, else $LINGOMAT_NATIVE (a build
+    tree's, for the tests). Loaded once per process."""
+    global _native
+    if _native is None:
+        candidates = [os.path.join(_PACKAGE_DIR, NATIVE_NAME), os.environ.get("LINGOMAT_NATIVE")]
+        tried = []
+        for candidate in filter(None, candidates):
+            try:
+                _native = _declare_native(ctypes.CDLL(candidate))
+                break
+            except OSError as error:
+                tried.append(f"{candidate} ({error})")
+        else:
+            raise OSError("lingomat: the package's native library is missing (tried " +
+                          ", ".join(tried) + "); reinstall the package with pip, which "
+                          "builds it")
+    return _native
+
+
+def taken_string(lib, pointer):
+    """The bytes of a NUL-terminated buffer the native library allocated, which is freed."""
+    if not pointer:
+        return None
+    try:
+        return ctypes.string_at(pointer)
+    finally:
+        lib.lingomatPyFree(pointer)
 
 
 class _DlInfo(ctypes.Structure):
@@ -96,14 +155,15 @@ def library_path(lib):
     return os.path.realpath(os.fsdecode(info.dli_fname))
 
 
-def data_file_candidates(lib):
-    """Where the shipped data file may be: $LINGOMAT_DATA, else beside the library's prefix
-    (lib/, lib64/ or lib/<triplet>/ below it), else the source tree of a build-tree library."""
+def data_file_candidates(plugin=None):
+    """Where the shipped data file may be: $LINGOMAT_DATA; else, for a plug-in named by the
+    caller, beside its prefix (lib/, lib64/ or lib/<triplet>/ below it) or in the source tree
+    of a build-tree plug-in; else the package's own copy."""
     from_env = os.environ.get("LINGOMAT_DATA")
     if from_env:
         return [from_env]
     candidates = []
-    path = library_path(lib)
+    path = library_path(plugin) if plugin is not None else None
     if path:
         directory = os.path.dirname(path)
         for _ in range(3):
@@ -111,11 +171,11 @@ def data_file_candidates(lib):
             candidates.append(os.path.join(directory, _DATA_RELATIVE))
             # A library still in a build tree: <source>/build/plugin/liblingomatplugin.so
             candidates.append(os.path.join(directory, "data", "lingomat.json"))
-    return candidates
+    return candidates + [BUNDLED_DATA]
 
 
-def find_data_file(lib):
-    candidates = data_file_candidates(lib)
+def find_data_file(plugin=None):
+    candidates = data_file_candidates(plugin)
     for candidate in candidates:
         if os.path.isfile(candidate):
             return candidate

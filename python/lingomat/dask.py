@@ -9,12 +9,35 @@ An engine is built the first time a worker process needs one with given options,
 kept for every later task of that process; tasks carry only the options, never an engine.
 """
 
+import math
+import os
 import threading
 
 from .engine import Engine
 
 _engines = {}
 _engines_lock = threading.Lock()
+
+
+def _reset_after_fork():
+    # A child forked while another thread was loading an engine must not inherit a held lock.
+    global _engines_lock
+    _engines_lock = threading.Lock()
+
+
+os.register_at_fork(after_in_child=_reset_after_fork)
+
+# Per task the scheduler costs milliseconds and a file well under one; partitions of a few
+# thousand files keep that overhead small, and a few partitions per worker keep them all busy.
+FILES_PER_PARTITION = 4000
+PARTITIONS_PER_WORKER = 2
+
+
+def partitions_for(file_count, workers):
+    """A partition count for `file_count` files on `workers` worker processes: at least
+    PARTITIONS_PER_WORKER per worker, and about FILES_PER_PARTITION files each beyond that."""
+    wanted = max(workers * PARTITIONS_PER_WORKER, math.ceil(file_count / FILES_PER_PARTITION))
+    return max(1, min(file_count, wanted))
 
 
 def _key(options):
@@ -88,8 +111,9 @@ def identify_paths(collection, column=None, errors="raise", **options):
 
     `collection` is a dask Bag of paths (gives a Bag), a dask Series of paths, or a dask
     DataFrame with the paths in `column` (both give a Series named "language"). Each file
-    is read whole on the worker and named by its own file name. No answer is None.
-    `errors="none"` gives None for a file that cannot be read instead of failing the job.
+    is read whole on the worker and named by its own file name; binary files give None, as
+    the tool's walk skips them. No answer is None. `errors="none"` gives None for a file
+    that cannot be read instead of failing the job. Size the partitions with partitions_for.
     Other keyword arguments are Engine's (data, max_bytes, min_tokens, min_score, only, ...).
     """
     _check_errors(errors)
@@ -106,7 +130,8 @@ def identify_paths(collection, column=None, errors="raise", **options):
 def identify_texts(frame, text, filename=None, **options):
     """The language of each row's text in a dask DataFrame (say, read from Parquet): `text`
     names the column of contents (str or bytes), `filename` the optional column of file
-    names. Gives a Series named "language", None where there is no answer."""
+    names or paths (a path counts by its last component). Gives a Series named "language",
+    None where there is no answer."""
     missing = [c for c in (text, filename) if c is not None and c not in frame.columns]
     if missing:
         raise KeyError(f"no column {missing[0]!r} in the DataFrame")

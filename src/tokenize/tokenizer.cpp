@@ -12,6 +12,8 @@ using namespace token_patterns;
 
 constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
 constexpr std::size_t kNever = SIZE_MAX;
+// The line-comment pattern looks this far past its leading white space.
+constexpr std::size_t kCommentMarkerBytes = 4;
 
 // The cursor of one pass. A search that found nothing from some position finds nothing from
 // any later one either, so callers keep where each search last failed: rules retried at every
@@ -22,14 +24,28 @@ class Pass {
 
   std::size_t pos = 0;
 
+  // One past the last byte any step has looked at; past the end once a step found the end.
+  // Two texts that agree on the bytes before it tokenize alike.
+  std::size_t reach = 0;
+  void saw(std::size_t through) {
+    if (through > reach) reach = through;
+  }
+  void saw_end() { saw(text_.size() + 1); }
+
   bool at_end() const { return pos == text_.size(); }
   bool line_begin() const { return pos == 0 || text_[pos - 1] == '\n'; }
   char next() const { return text_[pos]; }
 
   // Length of a non-empty match of `pattern` at the cursor, or 0; the cursor does not move.
-  std::size_t match(const FixedPattern& pattern) const {
+  // Every pattern but the tag looks at most a few bytes past its match or its first byte.
+  std::size_t match(const FixedPattern& pattern) {
     const std::size_t length = pattern.match(text_.data() + pos, text_.data() + text_.size());
-    return length == kNoMatch ? 0 : length;
+    if (length == kNoMatch) {
+      saw(&pattern == &kTag ? failed_tag_reach() : pos + kLookahead);
+      return 0;
+    }
+    saw(pos + length + kLookahead);
+    return length;
   }
   std::string_view take(std::size_t length) {
     const std::string_view taken = text_.substr(pos, length);
@@ -44,9 +60,11 @@ class Pass {
     const std::size_t found = text_.find(literal, pos);
     if (found == std::string_view::npos) {
       failed_from = pos;
+      saw_end();
       return false;
     }
     pos = found + literal.size();
+    saw(pos);
     return true;
   }
   // Moves just past the next match of `pattern` that starts at or after the cursor.
@@ -57,16 +75,28 @@ class Pass {
       const std::size_t length = pattern.match(at, end);
       if (length != kNoMatch) {
         pos = static_cast<std::size_t>(at - text_.data()) + length;
+        saw(pos + kLookahead);
         return true;
       }
     }
     failed_from = pos;
+    saw_end();
     return false;
   }
 
   std::string_view text() const { return text_; }
 
  private:
+  // The fixed patterns other than the tag look this far beyond their match at most.
+  static constexpr std::size_t kLookahead = 4;
+
+  // A tag that failed to match at a '<' ran up to the next '<' or '>' looking for its end.
+  std::size_t failed_tag_reach() const {
+    if (pos == text_.size() || text_[pos] != '<') return pos + kLookahead;
+    const std::size_t stop = text_.find_first_of("<>", pos + 1);
+    return stop == std::string_view::npos ? text_.size() + 1 : stop + 1;
+  }
+
   std::string_view text_;
 };
 
@@ -116,7 +146,7 @@ std::string_view shebang_interpreter(std::string_view text) {
 void skip_string_literal(Pass& pass, char quote, std::size_t& unterminated_from) {
   pass.pos += 1;
   const std::size_t start = pass.pos;
-  if (start >= unterminated_from) return;
+  if (start >= unterminated_from) return;  // that earlier search already saw the end
   const std::string_view text = pass.text();
   for (;;) {
     const std::size_t found = text.find(quote, pass.pos);
@@ -124,9 +154,11 @@ void skip_string_literal(Pass& pass, char quote, std::size_t& unterminated_from)
       // Unterminated: only the opening quote is lost; the rest is tokenized as code.
       pass.pos = start;
       unterminated_from = start;
+      pass.saw_end();
       return;
     }
     pass.pos = found + 1;
+    pass.saw(pass.pos);
     if (text[found - 1] != '\\') return;
   }
 }
@@ -140,6 +172,10 @@ std::vector<std::string> Tokenizer::extract_tokens(std::string_view text) const 
 }
 
 void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
+  extract_tokens_and_reach(text, sink);
+}
+
+std::size_t Tokenizer::extract_tokens_and_reach(std::string_view text, TokenSink& sink) const {
   Pass pass(text);
   std::size_t line_comment_fails_from = 1, line_comment_fails_through = 0;  // empty range
   std::size_t comment_end_missing_from[std::size(kBlockComments)];
@@ -151,6 +187,7 @@ void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
   // The limits are checked only between steps, so the last token may end past them.
   while (!pass.at_end() && !(opts_.max_bytes != 0 && pass.pos >= opts_.max_bytes) &&
          !(opts_.max_tokens != 0 && sink.count() >= opts_.max_tokens)) {
+    pass.saw(pass.pos + 1);
     if (pass.line_begin()) {
       if (const std::size_t line = pass.match(kShebangLine)) {
         const std::string_view interpreter = shebang_interpreter(pass.take(line));
@@ -167,12 +204,14 @@ void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
           pass.pos += comment;
           const std::size_t line_feed = text.find('\n', pass.pos);
           pass.pos = line_feed == std::string_view::npos ? text.size() : line_feed + 1;
+          pass.saw(line_feed == std::string_view::npos ? text.size() + 1 : pass.pos);
           continue;
         }
         // Every start inside the same leading white space fails alike.
         line_comment_fails_from = pass.pos;
         line_comment_fails_through = static_cast<std::size_t>(
             kLineComment.fails_through(at, text.data() + text.size()) - text.data());
+        pass.saw(std::max(line_comment_fails_through, pass.pos) + kCommentMarkerBytes);
       }
     }
 
@@ -216,6 +255,8 @@ void Tokenizer::extract_tokens(std::string_view text, TokenSink& sink) const {
       sink.add_view(pass.take(length));
     }
   }
+  if (pass.at_end()) pass.saw_end();
+  return pass.reach;
 }
 
 std::string Tokenizer::extract_shebang(std::string_view text) const {

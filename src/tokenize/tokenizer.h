@@ -25,6 +25,10 @@ class Tokenizer {
   std::vector<std::string> extract_tokens(std::string_view text) const;
   // The same tokens, handed over one by one; most are views into `text`.
   void extract_tokens(std::string_view text, TokenSink& sink) const;
+  // The same, and one past the last byte of `text` it looked at (text.size() + 1 when it
+  // looked for the end): any text that starts with the same bytes up to there gives the same
+  // tokens, so a caller may hand over just a prefix of a longer text.
+  std::size_t extract_tokens_and_reach(std::string_view text, TokenSink& sink) const;
   // The interpreter named on a leading "#!" line, without directories or version digits.
   std::string extract_shebang(std::string_view text) const;
   // The tag-name and attribute-name tokens of one SGML-like tag.

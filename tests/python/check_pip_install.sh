@@ -1,26 +1,32 @@
 #!/usr/bin/env bash
 # Installs the Python package as the README says, offline, into a fresh virtual environment
-# that sees Debian's packages, next to a library installed in a scratch prefix; the package
-# must find that library's data file by itself and name a text.
+# that sees Debian's packages, from a copy of the sources with nothing installed beforehand;
+# then builds a wheel, removes the sources and installs the wheel into a second environment
+# elsewhere. Both must name a text with no other step. Prints the install time.
 set -euo pipefail
-build_dir=$1
-source_dir=$2
+source_dir=$1
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-cmake --install "$build_dir" --component Runtime --prefix "$scratch/prefix" >/dev/null
-libdir=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build_dir/CMakeCache.txt")
-# pip builds in the folder it is given; a copy keeps the checkout clean.
-cp -r "$source_dir/python" "$scratch/python"
-/usr/bin/python3 -m venv --system-site-packages "$scratch/venv"
-"$scratch/venv/bin/pip" install --no-index --quiet "$scratch/python"
+# A clean copy of the sources: pip builds in the folder it is given.
+mkdir "$scratch/src"
+tar -C "$source_dir" --exclude='./build*' --exclude=./.git --exclude=./corpus \
+  --exclude=./python/build --exclude='*.egg-info' -cf - . | tar -C "$scratch/src" -xf -
 
+check() {
+  env -u LINGOMAT_LIBRARY -u LINGOMAT_DATA -u LINGOMAT_NATIVE "$1" -c "import lingomat; print(lingomat.Engine().identify('def f():\n    return 1\n', filename='a.py'))"
+}
+
+/usr/bin/python3 -m venv --system-site-packages "$scratch/venv"
+started=$(date +%s)
+"$scratch/venv/bin/pip" install --no-index --quiet "$scratch/src/python"
+echo "pip install: $(($(date +%s) - started)) s"
 cd "$scratch"
-LINGOMAT_LIBRARY="$scratch/prefix/$libdir/liblingomatplugin.so.1" "$scratch/venv/bin/python" - <<'PY'
-import lingomat
-with lingomat.Engine() as engine:
-    assert engine.data.endswith("/prefix/share/lingomat/lingomat.json"), engine.data
-    answer = engine.identify("#include <stdio.h>\nint main(void) { return 0; }\n", "main.c")
-    assert answer == "C", answer
-print("pip install: ok,", lingomat.__file__)
-PY
+test "$(check "$scratch/venv/bin/python")" = Python
+
+"$scratch/venv/bin/pip" wheel --no-index --no-deps --quiet -w "$scratch/wheels" "$scratch/src/python"
+rm -rf "$scratch/src"
+/usr/bin/python3 -m venv --system-site-packages "$scratch/elsewhere/venv"
+"$scratch/elsewhere/venv/bin/pip" install --no-index --quiet "$scratch"/wheels/lingomat-*.whl
+test "$(check "$scratch/elsewhere/venv/bin/python")" = Python
+echo "pip install and wheel: ok"

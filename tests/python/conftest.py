@@ -1,6 +1,7 @@
-"""Runs the tests against this checkout's package and built library.
+"""Runs the tests against this checkout's package and built native library.
 
-ctest sets LINGOMAT_LIBRARY and LINGOMAT_DATA; run by hand, the build/ tree's are used."""
+ctest sets LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL and LINGOMAT_TEST_PLUGIN; run by hand,
+the build/ tree's are used."""
 
 import os
 import sys
@@ -9,9 +10,13 @@ import pytest
 
 _ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
 sys.path.insert(0, os.path.join(_ROOT, "python"))
-os.environ.setdefault("LINGOMAT_LIBRARY",
-                      os.path.join(_ROOT, "build", "plugin", "liblingomatplugin.so.1"))
+os.environ.setdefault("LINGOMAT_NATIVE",
+                      os.path.join(_ROOT, "build", "python", "native", "_lingomat_native.so"))
 os.environ.setdefault("LINGOMAT_DATA", os.path.join(_ROOT, "data", "lingomat.json"))
+os.environ.setdefault("LINGOMAT_TEST_PLUGIN",
+                      os.path.join(_ROOT, "build", "plugin", "liblingomatplugin.so.1"))
+# The package's own engine is what these tests exercise; a plug-in only where asked for.
+os.environ.pop("LINGOMAT_LIBRARY", None)
 
 import lingomat  # noqa: E402  (needs the path above)
 

@@ -61,8 +61,9 @@ def test_dataframe_of_paths_and_of_texts(client, expected):
                               "content": [open(p, "rb").read() for p in paths]})
     ddf = dd.from_pandas(frame, npartitions=6)
     assert lingomat.dask.identify_paths(ddf, column="path", **OPTIONS).compute().tolist() == languages
-    by_text = lingomat.dask.identify_texts(ddf, text="content", filename="name", **OPTIONS)
-    assert by_text.compute().tolist() == languages
+    for names in ("name", "path"):  # a path counts by its file name, as in identify()
+        by_text = lingomat.dask.identify_texts(ddf, text="content", filename=names, **OPTIONS)
+        assert by_text.compute().tolist() == languages
 
 
 def test_unreadable_files(client, tmp_path):
@@ -71,6 +72,12 @@ def test_unreadable_files(client, tmp_path):
     assert lingomat.dask.identify_paths(bag, errors="none", **OPTIONS).compute() == [None]
     with pytest.raises(FileNotFoundError):
         lingomat.dask.identify_paths(bag, **OPTIONS).compute()
+
+
+def test_partitions_for_keeps_every_worker_busy_with_big_partitions():
+    assert lingomat.dask.partitions_for(100, 2) == 4
+    assert lingomat.dask.partitions_for(3, 2) == 3
+    assert lingomat.dask.partitions_for(10**6, 2) == 250
 
 
 def test_bad_arguments_fail_before_any_work():

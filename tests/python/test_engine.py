@@ -34,8 +34,9 @@ class TestAnswers:
     def test_file_name_as_bytes_or_path(self, tiny_data, tmp_path):
         with lingomat.Engine(data=tiny_data) as tiny:
             assert tiny.identify("", filename=b"Rulesfile") == "Beta"
-            # The name is passed on whole: a path matches the file-name lookup only as listed.
-            assert tiny.identify("", filename=tmp_path / "Rulesfile") is None
+            # A path counts by its last component, as the tool names files.
+            assert tiny.identify("", filename=tmp_path / "Rulesfile") == "Beta"
+            assert tiny.identify("", filename="/a/b/Rulesfile") == "Beta"
             (tmp_path / "rules.be").write_text("x")
             assert tiny.identify_file(tmp_path / "rules.be") == "Beta"
 
@@ -51,6 +52,21 @@ class TestAnswers:
 
 
 class TestOptions:
+    def test_unknown_only_name_is_refused_with_the_closest_known_names(self, tiny_data, data_file):
+        with pytest.raises(ValueError, match=r"^unknown language 'alpha' in only; did you mean "
+                                             r"'Alpha'\?$"):
+            lingomat.Engine(data=tiny_data, only=["Beta", "alpha"])
+        with pytest.raises(ValueError, match="'python'.*did you mean 'Python'"):
+            lingomat.Engine(data=data_file, only=["python"])
+
+    def test_defaults_are_the_librarys(self, tiny_data):
+        opts = lingomat._library.Options()
+        lingomat._library.load_native().lingomatPyOptsInitWithDefaults(ctypes.byref(opts))
+        with lingomat.Engine(data=tiny_data) as e:
+            assert (e.max_bytes, e.max_tokens, e.min_tokens, e.min_score) == \
+                (opts.maxScanBytes, opts.maxTokens, opts.minTokens, opts.minScorePerToken) == \
+                (10240, 500, 40, -8.0)
+
     def test_only_restricts_the_answers(self, tiny_data):
         with lingomat.Engine(data=tiny_data, only=["Alpha"], min_tokens=1, min_score=0) as e:
             assert e.identify("beta beta common", "x.al") == "Alpha"
@@ -64,6 +80,8 @@ class TestOptions:
         ({"min_tokens": 1.5}, TypeError),
         ({"min_tokens": True}, TypeError),
         ({"min_score": "low"}, TypeError),
+        ({"min_score": float("nan")}, ValueError),
+        ({"min_score": float("-inf")}, ValueError),
         ({"only": [3]}, TypeError),
         ({"only": [""]}, ValueError),
         ({"only": ["C\0"]}, ValueError),
@@ -123,19 +141,19 @@ class TestLifetime:
     def test_close_waits_for_identifications_in_flight(self, tiny_data):
         e = lingomat.Engine(data=tiny_data)
         started, release = threading.Event(), threading.Event()
-        real = e._lib
+        real = e._native
 
         class SlowLibrary:
             # Holds one identification inside the library until the test lets it go.
             def __getattr__(self, name):
                 return getattr(real, name)
 
-            def lingomatIdentifyCode(self, *args):
+            def lingomatPyIdentify(self, *args):
                 started.set()
                 release.wait(5)
-                return real.lingomatIdentifyCode(*args)
+                return real.lingomatPyIdentify(*args)
 
-        e._lib = SlowLibrary()
+        e._native = SlowLibrary()
         answers = []
         worker = threading.Thread(target=lambda: answers.append(e.identify("", "x.be")))
         worker.start()

@@ -79,17 +79,9 @@ std::vector<std::string> listed_paths(const CliOptions& options) {
 // Refuses the first --only name the data file does not know.
 void check_only_names(const std::vector<std::string>& only,
                       const std::vector<LanguageEntry>& catalog) {
-  for (const std::string& name : only) {
-    const bool known = std::any_of(catalog.begin(), catalog.end(),
-                                   [&](const LanguageEntry& entry) { return entry.name == name; });
-    if (known) continue;
-    std::string message = "unknown language '" + name + "' for --only";
-    const std::vector<std::string> close = closest_names(name, catalog);
-    for (std::size_t i = 0; i < close.size(); ++i) {
-      message += (i == 0 ? "; did you mean '" : "' or '") + close[i];
-    }
-    if (!close.empty()) message += "'?";
-    throw tools::UsageError(message + " (--list-languages shows every name)");
+  if (const std::string* name = first_unknown_name(only, catalog)) {
+    throw tools::UsageError("unknown language '" + *name + "' for --only" +
+                            did_you_mean(*name, catalog) + " (--list-languages shows every name)");
   }
 }
 

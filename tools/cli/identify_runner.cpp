@@ -10,7 +10,7 @@
 
 #include "common/input_text.h"
 #include "common/parallel.h"
-#include "utf16_text.h"
+#include "input/identification_text.h"
 
 namespace quillon::lingomat::cli {
 
@@ -35,15 +35,11 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
     result.outcome = FileOutcome::kSkippedBinary;
     return result;
   }
-  std::string_view text = read.text.view();
-  result.bytes = text.size();
-  // UTF-16 text is converted (a copy, but such files are small in practice); anything else
-  // is handed over as it lies, so only the pages the engine reads of a mapped file get loaded.
-  std::string converted;
-  if (starts_with_utf16_bom(text)) {
-    converted = utf16_to_utf8(text);
-    text = converted;
-  }
+  result.bytes = read.text.view().size();
+  // Anything but UTF-16 is handed over as it lies, so only the pages the engine reads of a
+  // mapped file get loaded; UTF-16 is converted only as far as the engine reads.
+  const IdentificationText prepared(read.text.view(), engine.tokenizer());
+  const std::string_view text = prepared.view();
   if (explain) {
     // One run of the pipeline gives both the answer and its explanation.
     const Lingomat::Trace trace = engine.trace(item.name, text);

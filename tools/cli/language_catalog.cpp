@@ -136,4 +136,24 @@ std::vector<std::string> closest_names(const std::string& unknown,
   return names;
 }
 
+std::string did_you_mean(const std::string& unknown, const std::vector<LanguageEntry>& catalog) {
+  const std::vector<std::string> close = closest_names(unknown, catalog);
+  std::string hint;
+  for (std::size_t i = 0; i < close.size(); ++i) {
+    hint += (i == 0 ? "; did you mean '" : "' or '") + close[i];
+  }
+  if (!close.empty()) hint += "'?";
+  return hint;
+}
+
+const std::string* first_unknown_name(const std::vector<std::string>& names,
+                                      const std::vector<LanguageEntry>& catalog) {
+  for (const std::string& name : names) {
+    const bool known = std::any_of(catalog.begin(), catalog.end(),
+                                   [&](const LanguageEntry& entry) { return entry.name == name; });
+    if (!known) return &name;
+  }
+  return nullptr;
+}
+
 }  // namespace quillon::lingomat::cli

@@ -27,4 +27,11 @@ std::string catalog_json_lines(const std::vector<LanguageEntry>& catalog);
 std::vector<std::string> closest_names(const std::string& unknown,
                                        const std::vector<LanguageEntry>& catalog);
 
+// "; did you mean 'A' or 'B'?" with the closest names to `unknown`, or "" when none is close.
+std::string did_you_mean(const std::string& unknown, const std::vector<LanguageEntry>& catalog);
+
+// The first of `names` that the catalog does not know, or null when it knows them all.
+const std::string* first_unknown_name(const std::vector<std::string>& names,
+                                      const std::vector<LanguageEntry>& catalog);
+
 }  // namespace quillon::lingomat::cli

@@ -106,15 +106,6 @@ class TemporaryFile {
 
 }  // namespace
 
-bool looks_binary(std::string_view head) {
-  // A UTF-16 byte-order mark announces text, however many NUL bytes follow.
-  if (head.size() >= 2 &&
-      ((head[0] == '\xFF' && head[1] == '\xFE') || (head[0] == '\xFE' && head[1] == '\xFF'))) {
-    return false;
-  }
-  return head.substr(0, kBinarySniffBytes).find('\0') != std::string_view::npos;
-}
-
 ReadResult try_read_descriptor(int fd, bool stop_if_binary) {
   ReadResult result;
   std::string& content = result.content;

@@ -4,14 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include "input/binary_text.h"
+
 namespace quillon::lingomat::tools {
 
-// A NUL byte this early means the file is binary, not text in any language.
-inline constexpr std::size_t kBinarySniffBytes = 8192;
-
-// True when the first kBinarySniffBytes of `head` hold a NUL byte, unless `head` starts
-// with a UTF-16 byte-order mark.
-bool looks_binary(std::string_view head);
+// Shared with the Python package, which skips binary files as the tool does.
+using lingomat::kBinarySniffBytes;
+using lingomat::looks_binary;
 
 enum class ReadStatus { kRead, kBinary, kFailed };
 

@@ -1,8 +1,8 @@
-#include "utf16_text.h"
+#include "input/utf16_text.h"
 
 #include <cstdint>
 
-namespace quillon::lingomat::cli {
+namespace quillon::lingomat {
 
 namespace {
 
@@ -37,16 +37,24 @@ bool starts_with_utf16_bom(std::string_view content) {
 }
 
 std::string utf16_to_utf8(std::string_view content) {
+  return utf16_prefix_to_utf8(content, content.size()).text;
+}
+
+Utf16Prefix utf16_prefix_to_utf8(std::string_view content, std::size_t max_units) {
   const bool little_endian = content[0] == '\xFF';
   const auto unit_at = [&](std::size_t pos) -> char32_t {
     const auto first = static_cast<std::uint8_t>(content[pos]);
     const auto second = static_cast<std::uint8_t>(content[pos + 1]);
     return little_endian ? (second << 8 | first) : (first << 8 | second);
   };
-  std::string out;
-  out.reserve(content.size());
+  // Past the last unit to decode; a pair that straddles it is decoded whole below.
+  const std::size_t stop =
+      max_units < (content.size() - 2) / 2 ? 2 + 2 * max_units : content.size();
+  Utf16Prefix prefix;
+  std::string& out = prefix.text;
+  out.reserve(stop);
   std::size_t pos = 2;
-  for (; pos + 1 < content.size(); pos += 2) {
+  for (; pos + 1 < content.size() && pos < stop; pos += 2) {
     const char32_t unit = unit_at(pos);
     if (is_high_surrogate(unit) && pos + 3 < content.size() && is_low_surrogate(unit_at(pos + 2))) {
       append_utf8(out, 0x10000 + ((unit - 0xD800) << 10) + (unit_at(pos + 2) - 0xDC00));
@@ -57,8 +65,9 @@ std::string utf16_to_utf8(std::string_view content) {
       append_utf8(out, unit);
     }
   }
-  if (pos < content.size()) append_utf8(out, kReplacement);
-  return out;
+  prefix.complete = pos + 1 >= content.size();
+  if (prefix.complete && pos < content.size()) append_utf8(out, kReplacement);
+  return prefix;
 }
 
-}  // namespace quillon::lingomat::cli
+}  // namespace quillon::lingomat

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
-namespace quillon::lingomat::cli {
+namespace quillon::lingomat {
 
 // True when `content` starts with a UTF-16 byte-order mark (FF FE or FE FF).
 bool starts_with_utf16_bom(std::string_view content);
@@ -13,4 +14,13 @@ bool starts_with_utf16_bom(std::string_view content);
 // dangling last byte become U+FFFD.
 std::string utf16_to_utf8(std::string_view content);
 
-}  // namespace quillon::lingomat::cli
+struct Utf16Prefix {
+  std::string text;       // UTF-8
+  bool complete = false;  // the whole of `content` was decoded
+};
+
+// The first `max_units` code units of `content` as utf16_to_utf8 decodes them (a surrogate
+// pair is never split): the UTF-8 is the start of the whole conversion.
+Utf16Prefix utf16_prefix_to_utf8(std::string_view content, std::size_t max_units);
+
+}  // namespace quillon::lingomat
