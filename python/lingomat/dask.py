@@ -97,7 +97,14 @@ def _texts_partition(frame, text, filename, options):
 
     engine = engine_for(**options)
     names = frame[filename] if filename is not None else [None] * len(frame)
-    languages = [engine.identify(content, name) for content, name in zip(frame[text], names)]
+
+    def identified(content, name):
+        # Bytes read from files are judged as the tool's walk judges them: binary is skipped.
+        if isinstance(content, bytes) and engine.looks_binary(content):
+            return None
+        return engine.identify(content, name)
+
+    languages = [identified(content, name) for content, name in zip(frame[text], names)]
     return pandas.Series(languages, index=frame.index, name="language", dtype=object)
 
 
@@ -131,7 +138,7 @@ def identify_texts(frame, text, filename=None, **options):
     """The language of each row's text in a dask DataFrame (say, read from Parquet): `text`
     names the column of contents (str or bytes), `filename` the optional column of file
     names or paths (a path counts by its last component). Gives a Series named "language",
-    None where there is no answer."""
+    None where there is no answer; binary bytes give None, as the tool's walk skips them."""
     missing = [c for c in (text, filename) if c is not None and c not in frame.columns]
     if missing:
         raise KeyError(f"no column {missing[0]!r} in the DataFrame")

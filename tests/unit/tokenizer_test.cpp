@@ -169,3 +169,35 @@ TEST(TokenizerRobustness, RepeatedFailuresGiveTheSameTokens) {
 
 }  // namespace
 }  // namespace quillon::lingomat
+
+#include "sample_texts.h"
+
+namespace quillon::lingomat {
+namespace {
+
+// A caller may tokenize a prefix of a text in its place when the tokenizer reports that it
+// never looked past that prefix: the tokens must then be those of the whole text.
+TEST(TokenizerReach, APrefixThatHoldsTheReachGivesTheWholeTextsTokens) {
+  std::size_t prefixes_enough = 0;
+  for (const auto& [max_bytes, max_tokens] :
+       std::vector<std::pair<std::uint64_t, std::uint64_t>>{{0, 0}, {16, 0}, {40, 5}, {7, 0}}) {
+    const Tokenizer tokenizer(Tokenizer::Opts{max_bytes, max_tokens});
+    for (const std::string& text : test_support::random_texts(400, 120, 23)) {
+      const Tokens whole = tokenizer.extract_tokens(text);
+      for (std::size_t cut = 0; cut <= text.size(); cut += 3) {
+        TokenList prefix_tokens;
+        const std::size_t reach = tokenizer.extract_tokens_and_reach(
+            std::string_view(text).substr(0, cut), prefix_tokens);
+        if (reach > cut) continue;
+        ++prefixes_enough;
+        ASSERT_EQ(prefix_tokens.tokens, whole)
+            << "text of " << text.size() << " bytes cut at " << cut << ", limits " << max_bytes
+            << "/" << max_tokens;
+      }
+    }
+  }
+  EXPECT_GT(prefixes_enough, 1000u);  // the property was actually exercised
+}
+
+}  // namespace
+}  // namespace quillon::lingomat
