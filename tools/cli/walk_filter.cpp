@@ -1,8 +1,14 @@
 #include "walk_filter.h"
 
+#include <fcntl.h>
 #include <fnmatch.h>
+#include <sys/stat.h>
 
-#include <fstream>
+#include <cerrno>
+#include <sstream>
+
+#include "common/file_io.h"
+#include "json/file_descriptor.h"
 
 namespace quillon::lingomat::cli {
 
@@ -17,20 +23,49 @@ bool glob_matches(const std::string& pattern, const std::string& text, int flags
   return ::fnmatch(pattern.c_str(), text.c_str(), flags) == 0;
 }
 
+// Reads the ignore file `name` of the folder `folder_fd` into `text`. A missing file, or a
+// symbolic link (which git does not follow for these either), reads as empty; returns errno
+// when the file exists but cannot be read.
+int read_ignore_file(int folder_fd, const char* name, std::string& text) {
+  text.clear();
+  const FileDescriptor file(
+      ::openat(folder_fd, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (file.get() < 0) return errno == ENOENT || errno == ELOOP ? 0 : errno;
+  struct stat info {};
+  if (::fstat(file.get(), &info) != 0) return errno;
+  if (!S_ISREG(info.st_mode)) return 0;
+  tools::ReadResult read = tools::try_read_descriptor(file.get());
+  if (read.status != tools::ReadStatus::kRead) return EIO;
+  text = std::move(read.content);
+  return 0;
+}
+
 }  // namespace
 
 WalkFilter::WalkFilter(std::vector<std::string> excludes, bool honour_ignore_files)
     : excludes_(std::move(excludes)), honour_ignore_files_(honour_ignore_files) {}
 
-void WalkFilter::enter_directory(const std::filesystem::path& directory,
-                                 const std::string& relative) {
-  if (!honour_ignore_files_) return;
-  add_rules(directory / ".gitignore", relative);
-  add_rules(directory / ".ignore", relative);
+std::vector<IgnoreFileError> WalkFilter::enter_directory(int folder_fd,
+                                                         const std::string& relative) {
+  rules_before_.push_back(rules_.size());
+  std::vector<IgnoreFileError> failures;
+  if (!honour_ignore_files_) return failures;
+  for (const char* name : {".gitignore", ".ignore"}) {
+    std::string text;
+    const int error = read_ignore_file(folder_fd, name, text);
+    if (error != 0) failures.push_back({name, error});
+    add_rules(text, relative);
+  }
+  return failures;
 }
 
-void WalkFilter::add_rules(const std::filesystem::path& file, const std::string& base) {
-  std::ifstream in(file);
+void WalkFilter::leave_directory() {
+  rules_.resize(rules_before_.back());
+  rules_before_.pop_back();
+}
+
+void WalkFilter::add_rules(const std::string& text, const std::string& base) {
+  std::istringstream in(text);
   std::string line;
   while (std::getline(in, line)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
