@@ -71,7 +71,7 @@ EntryKind kind_of(int folder_fd, const dirent& entry) {
 class TreeWalk {
  public:
   TreeWalk(const std::string& root, const WalkOptions& options, std::vector<InputItem>& items)
-      : root_(root), filter_(options.excludes, options.honour_ignore_files), items_(items) {}
+      : root_(root), filter_(root, options.excludes, options.honour_ignore_files), items_(items) {}
 
   void run() {
     const int fd = ::open(root_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
