@@ -19,7 +19,7 @@ std::string errno_text(int error) { return std::generic_category().message(error
 
 // A link or a non-folder where the walk saw a folder or a plain file means the tree changed.
 std::string open_failure(int error) {
-  if (error == ELOOP || error == ENOTDIR) return "changed while walking (now a symbolic link)";
+  if (error == ELOOP || error == ENOTDIR) return "changed while walking (links are not followed)";
   return errno_text(error);
 }
 
