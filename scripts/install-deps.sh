@@ -3,9 +3,10 @@
 # As root it runs apt-get; otherwise it names the packages and stops.
 set -euo pipefail
 
-# Python's packages run the Python package's tests; clang and its runtimes build the sanitizer
-# and fuzzing stages; llvm symbolizes their reports.
-packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev python3
+# git is what the walk's ignore rules are compared with. Python's packages run the Python
+# package's tests; clang and its runtimes build the sanitizer and fuzzing stages; llvm
+# symbolizes their reports.
+packages=(g++ cmake make pkg-config rapidjson-dev libgtest-dev libbenchmark-dev git python3
   python3-pip python3-setuptools python3-venv python3-pytest
   python3-dask python3-distributed python3-pandas
   clang libclang-rt-14-dev llvm

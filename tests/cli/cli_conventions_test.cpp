@@ -89,10 +89,20 @@ TEST_F(ConventionsTest, FilesFromAListOrStandardInputWithNulSeparators) {
   const CliRun nul = run_with_data({"-0", "--files-from", "-"}, odd + '\0' + a + '\0');
   EXPECT_EQ(nul.exit_code, 0) << nul.err;
   EXPECT_EQ(nul.out, a + "\tAlpha" + '\0' + odd + "\tBeta" + '\0');
+
+  // A pipe named by path, as a process substitution ("<(find ...)") hands it over.
+  const CliRun piped = run_with_data({"--files-from", "/dev/stdin"}, a + "\n");
+  EXPECT_EQ(piped.exit_code, 0) << piped.err;
+  EXPECT_EQ(piped.out, a + "\tAlpha\n");
 }
 
 TEST_F(ConventionsTest, FilesFromProblemsAreUsageErrors) {
   EXPECT_EQ(run_with_data({"--files-from", path("missing.txt")}).exit_code, 2);
+  const CliRun folder = run_with_data({"--files-from", root_});
+  EXPECT_EQ(folder.exit_code, 2);
+  EXPECT_NE(folder.err.find("cannot read --files-from " + root_ + ": Is a directory"),
+            std::string::npos)
+      << folder.err;
   EXPECT_EQ(run_with_data({"--files-from", "-", "-"}).exit_code, 2);
   EXPECT_EQ(run_with_data({"-0", "--explain", path("a.al")}).exit_code, 2);
   const CliRun empty = run_with_data({"--files-from", write_file("empty.txt", "")});

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -93,6 +95,50 @@ TEST_F(FilesTest, DanglingLinksInsideTreesAreNotFiles) {
   EXPECT_EQ(result.exit_code, 0) << result.err;
   EXPECT_EQ(printed_paths(result.out),
             (std::vector<std::string>{path("tree/a.al"), path("tree/link.al")}));
+}
+
+// Folders and links are made relative to their parent, since the whole path is too long
+// for the system calls that take one.
+TEST_F(FilesTest, WalksPathsLongerThanPathMaxAndStaysOffLinksToFolders) {
+  write_file("outside/secret.al", "hi\n");
+  write_file("tree/top.al", "hi\n");
+  fs::create_directory_symlink(path("outside"), path("tree/link"));
+  const std::string part(200, 'd');
+  int folder = open(path("tree").c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_GE(folder, 0);
+  std::string deep = path("tree");
+  for (int level = 0; level < 25; ++level) {
+    ASSERT_EQ(mkdirat(folder, part.c_str(), 0700), 0);
+    const int next = openat(folder, part.c_str(), O_RDONLY | O_DIRECTORY);
+    close(folder);
+    ASSERT_GE(next, 0);
+    folder = next;
+    deep += "/" + part;
+  }
+  const int file = openat(folder, "deep.al", O_WRONLY | O_CREAT, 0600);
+  ASSERT_GE(file, 0);
+  ASSERT_EQ(write(file, "hi\n", 3), 3);
+  close(file);
+  ASSERT_EQ(symlinkat(path("outside").c_str(), folder, "deeplink"), 0);
+  close(folder);
+  ASSERT_GT(deep.size(), static_cast<std::size_t>(PATH_MAX));
+
+  const CliRun result = run_with_data({path("tree")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(result.out, deep + "/deep.al\tAlpha\n" + path("tree/top.al") + "\tAlpha\n");
+}
+
+TEST_F(FilesTest, UnreadableFoldersAreReportedWhenNotRoot) {
+  if (geteuid() == 0) GTEST_SKIP() << "root lists folders regardless of their mode";
+  write_file("tree/a.al", "hi\n");
+  write_file("tree/locked/b.al", "hi\n");
+  fs::permissions(path("tree/locked"), fs::perms::none);
+  const CliRun result = run_with_data({path("tree")});
+  fs::permissions(path("tree/locked"), fs::perms::owner_all);
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, path("tree/a.al") + "\tAlpha\n");
+  EXPECT_NE(result.err.find(path("tree/locked") + ": Permission denied"), std::string::npos)
+      << result.err;
 }
 
 TEST_F(FilesTest, PermissionDeniedIsReportedWhenNotRoot) {

@@ -48,6 +48,20 @@ TEST_F(OutputTest, PlainOutputEscapesBytesThatWouldBreakItsLines) {
   EXPECT_EQ(missing.err, "lingomat: " + path("gone\\n.al") + ": No such file or directory\n");
 }
 
+TEST_F(OutputTest, PlainOutputEscapesControlCharactersSoPathsCannotDriveTheTerminal) {
+  // An escape sequence, a bell, DEL and a C1 CSI (U+009B), beside ordinary UTF-8 whose
+  // continuation bytes fall in the same range ("\xC4\x80" is U+0100).
+  write_file("tree/\x1b[31mred\a\x7f\xC2\x9B.al", "hi\n");
+  write_file("tree/\xC4\x80.al", "hi\n");
+  const CliRun walked = run_with_data({path("tree")});
+  EXPECT_EQ(walked.exit_code, 0) << walked.err;
+  EXPECT_EQ(walked.out, path("tree/\\x1b[31mred\\x07\\x7f\\xc2\\x9b.al") + "\tAlpha\n" +
+                            path("tree/\xC4\x80.al") + "\tAlpha\n");
+  const CliRun missing = run_with_data({path("\x1b]0;title\x07")});
+  EXPECT_EQ(missing.err,
+            "lingomat: " + path("\\x1b]0;title\\x07") + ": No such file or directory\n");
+}
+
 TEST_F(OutputTest, StandardInputUsesTheGivenName) {
   EXPECT_EQ(run_with_data({"--name", "Alphafile", "-"}, "hi\n").out, "-\tAlpha\n");
   // Only the last component counts, since name lookups match bare file names.

@@ -69,7 +69,7 @@ tools::OptionParser option_parser(CliOptions& options) {
   parser.add_section("Walking directories");
   parser.add_string("files-from", "FILE",
                     "Also identify the paths listed in FILE, one per line ('-': standard "
-                    "input).",
+                    "input; a pipe or <(...) works too).",
                     &options.files_from);
   parser.add_flag("null",
                   "--files-from lists are NUL-separated, and plain output lines end in NUL "
@@ -80,7 +80,9 @@ tools::OptionParser option_parser(CliOptions& options) {
                      "Leave out walked files and folders whose name or path below the walked "
                      "directory matches GLOB (repeatable).",
                      &options.excludes);
-  parser.add_flag("no-ignore", "Also walk what .gitignore and .ignore files exclude.",
+  parser.add_flag("no-ignore",
+                  "Also walk what ignore files exclude (.gitignore, .ignore, and in a git work "
+                  "tree info/exclude and core.excludesFile).",
                   &options.no_ignore);
 
   parser.add_section("Other");

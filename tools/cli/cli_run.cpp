@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "common/file_io.h"
@@ -16,6 +17,7 @@
 #include "engine_loader.h"
 #include "identify_runner.h"
 #include "input_collector.h"
+#include "json/file_descriptor.h"
 #include "language_catalog.h"
 #include "language_summary.h"
 #include "result_output.h"
@@ -54,12 +56,24 @@ void finish_output() {
   }
 }
 
+// The whole --files-from list. It is read from whatever it names: a file, a pipe, a
+// process substitution (/dev/fd/63) or standard input; the user asked for that stream, so
+// waiting for its writer is right. Only a folder is refused.
+tools::ReadResult read_list(const std::string& list) {
+  if (list == "-") return tools::try_read_descriptor(STDIN_FILENO);
+  const FileDescriptor file(::open(list.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC));
+  if (file.get() < 0) {
+    tools::ReadResult failed;
+    failed.error = std::strerror(errno);
+    return failed;
+  }
+  return tools::try_read_descriptor(file.get());
+}
+
 // The paths of a --files-from list, split at line feeds or (with -0) NULs; empty entries
 // are skipped.
 std::vector<std::string> listed_paths(const CliOptions& options) {
-  const tools::ReadResult read = options.files_from == "-"
-                                     ? tools::try_read_descriptor(STDIN_FILENO)
-                                     : tools::try_read_file(options.files_from);
+  const tools::ReadResult read = read_list(options.files_from);
   if (read.status != tools::ReadStatus::kRead) {
     throw tools::ToolError("cannot read --files-from " + options.files_from + ": " + read.error,
                            kExitUsageOrData);

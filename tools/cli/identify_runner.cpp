@@ -11,6 +11,8 @@
 #include "common/input_text.h"
 #include "common/parallel.h"
 #include "input/identification_text.h"
+#include "json/file_descriptor.h"
+#include "walked_file.h"
 
 namespace quillon::lingomat::cli {
 
@@ -23,12 +25,26 @@ FileResult failure(std::string reason) {
   return result;
 }
 
+// A walked file, opened without leaving the tree, then read like any other descriptor.
+tools::InputResult open_walked_input(const InputItem& item) {
+  tools::InputResult result;
+  const FileDescriptor file(open_walked_file(item, result.error));
+  if (file.get() < 0) return result;
+  result = tools::open_input_descriptor(file.get());
+  if (result.status == tools::ReadStatus::kRead && tools::looks_binary(result.text.view())) {
+    result.status = tools::ReadStatus::kBinary;
+  }
+  return result;
+}
+
 FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
   }
   tools::InputResult read = item.is_stdin ? tools::open_input_descriptor(STDIN_FILENO)
-                                          : tools::open_input_file(item.path, item.skip_binary);
+                            : !item.walk_root.empty()
+                                ? open_walked_input(item)
+                                : tools::open_input_file(item.path, item.skip_binary);
   if (read.status == tools::ReadStatus::kFailed) return failure(std::move(read.error));
   FileResult result;
   if (read.status == tools::ReadStatus::kBinary) {

@@ -5,13 +5,19 @@
 
 namespace quillon::lingomat::cli {
 
-// One thing to identify, or a directory that could not be listed.
+// One thing to identify, or something the walk could not read.
 struct InputItem {
-  std::string path;          // as printed, and as opened
+  std::string path;          // as printed, and (unless walk_root is set) as opened
   std::string name;          // the file name handed to the engine
   bool is_stdin = false;     // read standard input instead of path
   bool skip_binary = false;  // found by walking a directory: binary files are left out
-  int list_error = 0;        // errno when path is a directory that could not be listed
+  // Set for a file found by walking: it is opened as `below` (a '/'-separated path) relative
+  // to the walked directory `walk_root`, through no symbolic link (open_walked_file); only its
+  // own link is followed, when `follow_link` says the walk found a link to a file.
+  std::string walk_root;
+  std::string below;
+  bool follow_link = false;
+  int list_error = 0;  // errno when path is a folder or ignore file the walk could not read
 };
 
 struct WalkOptions {

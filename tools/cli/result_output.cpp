@@ -16,27 +16,38 @@ namespace {
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
-// Plain output is one record per line with a tab between the fields, so the
-// bytes that would break that up are written as backslash escapes.
+// Plain output is one record per line with a tab between the fields, and goes to
+// terminals: the bytes that would break a line up are written as \t, \n, \r and \\, and
+// every other control character (C0, DEL, and the C1 controls U+0080 to U+009F, which
+// terminals also act on) as \xHH for each of its bytes.
 std::string escaped(const std::string& text) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  const auto hex = [](std::string& out, unsigned char byte) {
+    out += "\\x";
+    out += kHex[byte >> 4];
+    out += kHex[byte & 15];
+  };
   std::string out;
   out.reserve(text.size());
-  for (const char c : text) {
-    switch (c) {
-      case '\t':
-        out += "\\t";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      default:
-        out += c;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte == '\t') {
+      out += "\\t";
+    } else if (byte == '\n') {
+      out += "\\n";
+    } else if (byte == '\r') {
+      out += "\\r";
+    } else if (byte == '\\') {
+      out += "\\\\";
+    } else if (byte < 0x20 || byte == 0x7F) {
+      hex(out, byte);
+    } else if (byte == 0xC2 && i + 1 < text.size() &&
+               static_cast<unsigned char>(text[i + 1]) < 0xA0 &&
+               static_cast<unsigned char>(text[i + 1]) >= 0x80) {
+      hex(out, byte);
+      hex(out, static_cast<unsigned char>(text[++i]));
+    } else {
+      out += text[i];
     }
   }
   return out;

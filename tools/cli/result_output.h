@@ -8,7 +8,8 @@
 namespace quillon::lingomat::cli {
 
 // "path<TAB>language\n", followed by the explanation when the result has one.
-// Tabs, line breaks and backslashes in the path are written as \t, \n, \r and \\.
+// Tabs, line breaks and backslashes in the path are written as \t, \n, \r and \\, other
+// control characters (C0, DEL, C1) as \xHH per byte, so no path can act on a terminal.
 std::string text_line(const InputItem& item, const FileResult& result);
 
 // "path<TAB>language<NUL>" with the path as it is: for -0, where only NUL ends a record.

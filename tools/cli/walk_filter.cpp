@@ -1,12 +1,20 @@
 #include "walk_filter.h"
 
+#include <fcntl.h>
 #include <fnmatch.h>
+#include <sys/stat.h>
 
-#include <fstream>
+#include <cerrno>
+
+#include "common/file_io.h"
+#include "git_repository.h"
+#include "json/file_descriptor.h"
 
 namespace quillon::lingomat::cli {
 
 namespace {
+
+constexpr const char* kIgnoreFiles[] = {".gitignore", ".ignore"};
 
 std::string base_name(const std::string& relative) {
   const auto slash = relative.rfind('/');
@@ -17,67 +25,94 @@ bool glob_matches(const std::string& pattern, const std::string& text, int flags
   return ::fnmatch(pattern.c_str(), text.c_str(), flags) == 0;
 }
 
+// Reads the ignore file `name` (relative to `folder_fd`) into `text`. A missing file reads as
+// empty, and so does a symbolic link unless `follow` (git does not follow the ones in the
+// work tree either); returns errno when the file exists but cannot be read.
+int read_ignore_file(int folder_fd, const char* name, bool follow, std::string& text) {
+  text.clear();
+  const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | (follow ? 0 : O_NOFOLLOW);
+  const FileDescriptor file(::openat(folder_fd, name, flags));
+  if (file.get() < 0) return errno == ENOENT || errno == ELOOP || errno == ENOTDIR ? 0 : errno;
+  struct stat info {};
+  if (::fstat(file.get(), &info) != 0) return errno;
+  if (!S_ISREG(info.st_mode)) return 0;
+  tools::ReadResult read = tools::try_read_descriptor(file.get());
+  if (read.status != tools::ReadStatus::kRead) return EIO;
+  text = std::move(read.content);
+  return 0;
+}
+
+IgnoreRules read_rules(const std::string& file, const std::string& base) {
+  std::string text;
+  read_ignore_file(AT_FDCWD, file.c_str(), true, text);
+  return IgnoreRules(text, base);
+}
+
 }  // namespace
 
-WalkFilter::WalkFilter(std::vector<std::string> excludes, bool honour_ignore_files)
-    : excludes_(std::move(excludes)), honour_ignore_files_(honour_ignore_files) {}
-
-void WalkFilter::enter_directory(const std::filesystem::path& directory,
-                                 const std::string& relative) {
+WalkFilter::WalkFilter(const std::string& root, std::vector<std::string> excludes,
+                       bool honour_ignore_files)
+    : excludes_(std::move(excludes)), honour_ignore_files_(honour_ignore_files) {
   if (!honour_ignore_files_) return;
-  add_rules(directory / ".gitignore", relative);
-  add_rules(directory / ".ignore", relative);
-}
-
-void WalkFilter::add_rules(const std::filesystem::path& file, const std::string& base) {
-  std::ifstream in(file);
-  std::string line;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    // Trailing blanks are not part of a pattern unless escaped.
-    while (!line.empty() && line.back() == ' ' &&
-           (line.size() < 2 || line[line.size() - 2] != '\\')) {
-      line.pop_back();
-    }
-    if (line.empty() || line[0] == '#') continue;
-    Rule rule;
-    rule.base = base;
-    if (line[0] == '!') {
-      rule.negated = true;
-      line.erase(0, 1);
-    } else if (line[0] == '\\') {
-      line.erase(0, 1);  // "\#name", "\!name"
-    }
-    if (!line.empty() && line.back() == '/') {
-      rule.directories_only = true;
-      line.pop_back();
-    }
-    if (line.rfind("**/", 0) == 0 && line.find('/', 3) == std::string::npos) line.erase(0, 3);
-    rule.anchored = line.find('/') != std::string::npos;
-    if (!line.empty() && line[0] == '/') line.erase(0, 1);
-    if (line.empty()) continue;
-    rule.pattern = line;
-    rules_.push_back(std::move(rule));
+  const std::optional<GitWorkTree> tree = find_git_work_tree(root);
+  if (!tree) return;
+  repository_rules_.push_back(read_rules(tree->excludes_file, ""));
+  repository_rules_.push_back(read_rules(tree->info_exclude, ""));
+  if (tree->below_top.empty()) return;
+  prefix_ = tree->below_top + '/';
+  // The folders above the walked one, from the top down: their rules reach into it.
+  std::string base;
+  std::size_t start = 0;
+  for (;;) {
+    const FileDescriptor folder(
+        ::open((tree->top + '/' + base).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.get() >= 0) folders_.push_back(read_folder(folder.get(), base, nullptr));
+    const std::size_t slash = tree->below_top.find('/', start);
+    if (slash == std::string::npos) break;
+    base = tree->below_top.substr(0, slash);
+    start = slash + 1;
   }
 }
 
+WalkFilter::FolderRules WalkFilter::read_folder(int folder_fd, const std::string& base,
+                                                std::vector<IgnoreFileError>* failures) const {
+  FolderRules rules;
+  for (const char* name : kIgnoreFiles) {
+    std::string text;
+    const int error = read_ignore_file(folder_fd, name, false, text);
+    if (error != 0 && failures != nullptr) failures->push_back({name, error});
+    if (!text.empty()) rules.emplace_back(text, base);
+  }
+  return rules;
+}
+
+std::vector<IgnoreFileError> WalkFilter::enter_directory(int folder_fd,
+                                                         const std::string& relative) {
+  std::vector<IgnoreFileError> failures;
+  if (!honour_ignore_files_) return failures;
+  std::string base = prefix_ + relative;
+  if (!base.empty() && base.back() == '/') base.pop_back();
+  folders_.push_back(read_folder(folder_fd, base, &failures));
+  return failures;
+}
+
+void WalkFilter::leave_directory() {
+  if (honour_ignore_files_) folders_.pop_back();
+}
+
+// As git decides: the deepest folder with a matching pattern, then info/exclude, then
+// core.excludesFile; within one file the last matching pattern.
 bool WalkFilter::ignored(const std::string& relative, bool is_directory) const {
-  bool result = false;
-  for (const Rule& rule : rules_) {
-    if (rule.directories_only && !is_directory) continue;
-    if (!rule.base.empty() && relative.rfind(rule.base + '/', 0) != 0) continue;
-    const std::string below = rule.base.empty() ? relative : relative.substr(rule.base.size() + 1);
-    bool matches = false;
-    if (rule.anchored) {
-      // "**" may cross folders; otherwise a "*" stays within one.
-      const bool across = rule.pattern.find("**") != std::string::npos;
-      matches = glob_matches(rule.pattern, below, across ? 0 : FNM_PATHNAME);
-    } else {
-      matches = glob_matches(rule.pattern, base_name(below), 0);
+  const std::string path = prefix_ + relative;
+  for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
+    for (auto rules = folder->rbegin(); rules != folder->rend(); ++rules) {
+      if (const std::optional<bool> verdict = rules->verdict(path, is_directory)) return *verdict;
     }
-    if (matches) result = !rule.negated;
   }
-  return result;
+  for (auto rules = repository_rules_.rbegin(); rules != repository_rules_.rend(); ++rules) {
+    if (const std::optional<bool> verdict = rules->verdict(path, is_directory)) return *verdict;
+  }
+  return false;
 }
 
 bool WalkFilter::skipped(const std::string& relative, bool is_directory) const {
