@@ -60,6 +60,19 @@ TextScorer::TextScorer(const Classifier& classifier, const std::vector<std::stri
 void TextScorer::take_view(std::string_view token) { take(token, true); }
 void TextScorer::take_copy(std::string_view token) { take(token, false); }
 
+void TextScorer::take_joined(std::string_view head, std::string_view tail) {
+  if (stride_ == 0) return;  // nothing to score
+  if (head.size() + tail.size() > classifier_.vocabulary_.longest()) {
+    // Longer than any token of the data: unseen, and not worth building.
+    last_entry_ = SIZE_MAX;
+    pending_.push_back(unseen_row_.get());
+    if (pending_.size() == kChunk) flush();
+    return;
+  }
+  joined_.assign(head).append(tail);
+  take(joined_, false);
+}
+
 void TextScorer::take(std::string_view token, bool is_view) {
   if (stride_ == 0) return;  // nothing to score
   const Entry* entry = nullptr;

@@ -27,6 +27,7 @@ class TextScorer : public TokenSink {
  protected:
   void take_view(std::string_view token) override;
   void take_copy(std::string_view token) override;
+  void take_joined(std::string_view head, std::string_view tail) override;
 
  private:
   friend class Classifier;
@@ -76,6 +77,7 @@ class TextScorer : public TokenSink {
   std::size_t owned_bytes_ = 0;
 
   std::vector<const double*> pending_;
+  std::string joined_;  // reused for joined tokens short enough to be known
 };
 
 }  // namespace quillon::lingomat

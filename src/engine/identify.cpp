@@ -59,12 +59,13 @@ Lingomat::Trace Lingomat::trace(std::string_view file_name, std::string_view cod
 std::string Lingomat::decide(std::string_view file_name, std::string_view code,
                              Trace* trace) const {
   std::vector<std::string> candidates = identify_by_filename(file_name);
-  std::string interpreter = tokenizer_.extract_shebang(code);
+  // A view: the "#!" line may be as long as the text.
+  const std::string_view interpreter = tokenizer_.shebang_view(code);
   std::vector<std::string> by_interpreter = identify_by_interpreter(interpreter);
   std::vector<std::string> by_extension = identify_by_extension(file_name);
   if (trace != nullptr) {
     trace->by_filename = candidates;
-    trace->interpreter = std::move(interpreter);
+    trace->interpreter = std::string(interpreter);
     trace->by_interpreter = by_interpreter;
     trace->extension = std::string(extension_of(file_name));
     trace->by_extension = by_extension;

@@ -15,7 +15,7 @@ std::vector<std::string> Lingomat::identify_by_filename(std::string_view file_na
 }
 
 std::vector<std::string> Lingomat::identify_by_shebang(std::string_view code) const {
-  return identify_by_interpreter(tokenizer_.extract_shebang(code));
+  return identify_by_interpreter(tokenizer_.shebang_view(code));
 }
 
 std::vector<std::string> Lingomat::identify_by_interpreter(std::string_view interpreter) const {

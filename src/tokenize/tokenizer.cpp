@@ -182,7 +182,6 @@ std::size_t Tokenizer::extract_tokens_and_reach(std::string_view text, TokenSink
   std::fill(std::begin(comment_end_missing_from), std::end(comment_end_missing_from), kNever);
   std::size_t unterminated_double_quote = kNever;
   std::size_t unterminated_single_quote = kNever;
-  std::string built;  // reused for the shebang token
 
   // The limits are checked only between steps, so the last token may end past them.
   while (!pass.at_end() && !(opts_.max_bytes != 0 && pass.pos >= opts_.max_bytes) &&
@@ -191,10 +190,7 @@ std::size_t Tokenizer::extract_tokens_and_reach(std::string_view text, TokenSink
     if (pass.line_begin()) {
       if (const std::size_t line = pass.match(kShebangLine)) {
         const std::string_view interpreter = shebang_interpreter(pass.take(line));
-        if (!interpreter.empty()) {
-          built.assign("SHEBANG#!").append(interpreter);
-          sink.add_copy(built);
-        }
+        if (!interpreter.empty()) sink.add_joined("SHEBANG#!", interpreter);
         continue;
       }
       if (pass.pos < line_comment_fails_from || pass.pos > line_comment_fails_through) {
@@ -263,6 +259,10 @@ std::string Tokenizer::extract_shebang(std::string_view text) const {
   return std::string(shebang_interpreter(text));
 }
 
+std::string_view Tokenizer::shebang_view(std::string_view text) const {
+  return shebang_interpreter(text);
+}
+
 std::vector<std::string> Tokenizer::extract_sgml_tokens(std::string_view text) const {
   TokenList list;
   extract_sgml_tokens(text, list);
@@ -275,7 +275,6 @@ void Tokenizer::extract_sgml_tokens(std::string_view text, TokenSink& sink) cons
   std::size_t double_quoted_end_missing_from = kNever;
   std::size_t single_quoted_end_missing_from = kNever;
   std::size_t word_missing_from = kNever;
-  std::string built;  // reused for the tag-name token
   while (!pass.at_end()) {
     // Every rule below starts with "<", ">" or a word byte; anything else is stepped over.
     const char next = pass.next();
@@ -284,8 +283,7 @@ void Tokenizer::extract_sgml_tokens(std::string_view text, TokenSink& sink) cons
       continue;
     }
     if (const std::size_t opener = pass.match(kTagOpener)) {
-      built.assign(pass.take(opener)).push_back('>');
-      sink.add_copy(built);
+      sink.add_joined(pass.take(opener), ">");
       continue;
     }
     if (const std::size_t attribute = pass.match(kAttributeWithValue)) {

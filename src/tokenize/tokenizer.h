@@ -31,6 +31,8 @@ class Tokenizer {
   std::size_t extract_tokens_and_reach(std::string_view text, TokenSink& sink) const;
   // The interpreter named on a leading "#!" line, without directories or version digits.
   std::string extract_shebang(std::string_view text) const;
+  // The same, as a view into `text`: a "#!" line may be as long as the text.
+  std::string_view shebang_view(std::string_view text) const;
   // The tag-name and attribute-name tokens of one SGML-like tag.
   std::vector<std::string> extract_sgml_tokens(std::string_view text) const;
   void extract_sgml_tokens(std::string_view text, TokenSink& sink) const;

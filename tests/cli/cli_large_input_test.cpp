@@ -1,5 +1,5 @@
-// Inputs larger than what identification reads: files are mapped and long streams spooled,
-// and the answer is always the one the library gives for the whole input.
+// Inputs larger than what identification reads: only a prefix is read, and the answer is
+// always the one the library gives for the whole input.
 #include <unistd.h>
 
 #include "cli_harness.h"

@@ -4,10 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "input/identification_text.h"
 #include "test_support.h"
 
 namespace quillon::lingomat::tools {
@@ -24,9 +27,10 @@ std::string numbered_text(std::size_t size) {
   return text;
 }
 
-// Feeds `content` through a pipe, the way a shell feeds standard input, and opens the
-// reading end with `memory_limit`.
-InputResult through_pipe(const std::string& content, std::size_t memory_limit) {
+// Feeds `content` through a pipe, the way a shell feeds standard input, and reads it.
+InputResult through_pipe(const std::string& content, const Tokenizer* tokenizer = nullptr,
+                         std::size_t ceiling = kMaxInputBytes) {
+  std::signal(SIGPIPE, SIG_IGN);  // the writer of a stream read only in part gets EPIPE
   int ends[2];
   EXPECT_EQ(pipe(ends), 0);
   std::thread writer([&] {
@@ -38,34 +42,34 @@ InputResult through_pipe(const std::string& content, std::size_t memory_limit) {
     }
     close(ends[1]);
   });
-  InputResult result = open_input_descriptor(ends[0], memory_limit);
+  InputResult result = open_input_descriptor(ends[0], false, tokenizer, ceiling);
+  close(ends[0]);  // a writer still blocked on a full pipe gets EPIPE and stops
   writer.join();
-  close(ends[0]);
   return result;
 }
 
-TEST(InputTextTest, FilesAreSeenWholeAndBinaryOnesAreSniffed) {
+TEST(InputTextTest, FilesAreReadWholeWithoutATokenizerAndBinaryOnesAreSniffed) {
   TempDir dir;
   const std::string text = numbered_text(3'000'000);
   write_text(dir / "big.txt", text);
   InputResult big = open_input_file(dir / "big.txt");
   ASSERT_EQ(big.status, ReadStatus::kRead) << big.error;
-  EXPECT_EQ(big.text.view(), text);
+  EXPECT_EQ(big.text, text);
+  EXPECT_EQ(big.size, text.size());
 
   write_text(dir / "empty.txt", "");
   InputResult empty = open_input_file(dir / "empty.txt");
   EXPECT_EQ(empty.status, ReadStatus::kRead);
-  EXPECT_TRUE(empty.text.view().empty());
+  EXPECT_TRUE(empty.text.empty());
 
   write_text(dir / "binary", std::string("ab\0cd", 5));
   EXPECT_EQ(open_input_file(dir / "binary", true).status, ReadStatus::kBinary);
-  EXPECT_EQ(open_input_file(dir / "binary", false).text.view(), std::string("ab\0cd", 5));
-}
+  EXPECT_EQ(open_input_file(dir / "binary", false).text, std::string("ab\0cd", 5));
 
-TEST(InputTextTest, FilesWithoutASizeAreReadInstead) {
+  // Files that report no size are read all the same.
   InputResult status = open_input_file("/proc/self/status");
   ASSERT_EQ(status.status, ReadStatus::kRead) << status.error;
-  EXPECT_EQ(status.text.view().substr(0, 5), "Name:");
+  EXPECT_EQ(status.text.substr(0, 5), "Name:");
 }
 
 TEST(InputTextTest, WhatIsNotARegularFileIsRefused) {
@@ -78,42 +82,55 @@ TEST(InputTextTest, WhatIsNotARegularFileIsRefused) {
   close(folder);
 }
 
-TEST(InputTextTest, AStreamIsKeptInMemoryOrSpooledButAlwaysSeenWhole) {
-  const std::string text = numbered_text(2'500'000);
-  for (const std::size_t limit :
-       {std::size_t{0}, std::size_t{1000}, text.size(), text.size() + 1, kStreamMemoryBytes}) {
-    InputResult result = through_pipe(text, limit);
-    ASSERT_EQ(result.status, ReadStatus::kRead) << result.error;
-    EXPECT_EQ(result.text.view(), text) << "limit " << limit;
+// What is read of an input must tokenize exactly as the whole input does, however the
+// input's first steps run on: that is what lets the tool read a prefix only.
+TEST(InputTextTest, ThePrefixReadTokenizesAsTheWholeInput) {
+  const std::string filler = numbered_text(400'000);
+  const std::vector<std::string> inputs = {
+      "int main() { return 0; }\n" + filler,
+      "/* never closed\n" + filler,
+      "#!/usr/bin/env " + std::string(300'000, 'p') + "\n" + filler,
+      "<tag " + filler + ">",
+      "'open" + filler,
+      std::string("\xFF\xFE", 2) + "x\0=\0y\0\n\0" + filler,  // UTF-16 with a byte-order mark
+      std::string(200'000, '\n') + "# c\nword " + filler,
+  };
+  for (const auto& [max_bytes, max_tokens] :
+       std::vector<std::pair<std::uint64_t, std::uint64_t>>{{10240, 500}, {100, 0}, {0, 50}}) {
+    const Tokenizer tokenizer(Tokenizer::Opts{max_bytes, max_tokens});
+    for (const std::string& input : inputs) {
+      const InputResult read = through_pipe(input, &tokenizer);
+      ASSERT_EQ(read.status, ReadStatus::kRead) << read.error;
+      EXPECT_FALSE(read.truncated);
+      EXPECT_EQ(tokenizer.extract_tokens(IdentificationText(read.text, tokenizer).view()),
+                tokenizer.extract_tokens(IdentificationText(input, tokenizer).view()))
+          << input.substr(0, 20) << "... limits " << max_bytes << "/" << max_tokens;
+    }
   }
-  InputResult empty = through_pipe("", 10);
-  EXPECT_EQ(empty.status, ReadStatus::kRead);
-  EXPECT_TRUE(empty.text.view().empty());
 }
 
-TEST(InputTextTest, ARegularFileOnADescriptorIsSeenFromItsOffset) {
+TEST(InputTextTest, AnEndlessStreamStopsAtTheCeiling) {
+  const Tokenizer unlimited(Tokenizer::Opts{0, 0});
+  const std::string text = numbered_text(1'000'000);
+  const InputResult read = through_pipe(text, &unlimited, 100'000);
+  EXPECT_EQ(read.status, ReadStatus::kRead);
+  EXPECT_TRUE(read.truncated);
+  EXPECT_EQ(read.text, text.substr(0, 100'000));
+  // Below the ceiling the whole stream is seen.
+  EXPECT_EQ(through_pipe(text, &unlimited).text, text);
+}
+
+TEST(InputTextTest, ARegularFileOnADescriptorIsReadFromItsOffset) {
   TempDir dir;
   write_text(dir / "in.txt", "skipped|kept");
   const int fd = open((dir / "in.txt").c_str(), O_RDONLY);
   ASSERT_EQ(lseek(fd, 8, SEEK_SET), 8);
-  EXPECT_EQ(open_input_descriptor(fd).text.view(), "kept");
+  EXPECT_EQ(open_input_descriptor(fd).text, "kept");
   ASSERT_EQ(lseek(fd, 0, SEEK_END), 12);
   InputResult at_end = open_input_descriptor(fd);
   EXPECT_EQ(at_end.status, ReadStatus::kRead);
-  EXPECT_TRUE(at_end.text.view().empty());
+  EXPECT_TRUE(at_end.text.empty());
   close(fd);
-}
-
-TEST(InputTextTest, MovingKeepsTheViewValid) {
-  TempDir dir;
-  write_text(dir / "mapped.txt", "mapped text");
-  InputText mapped = std::move(open_input_file(dir / "mapped.txt").text);
-  InputText in_memory(std::string("short"));  // a short string lives inside the object
-  InputText moved = std::move(in_memory);
-  EXPECT_EQ(moved.view(), "short");
-  moved = std::move(mapped);
-  EXPECT_EQ(moved.view(), "mapped text");
-  EXPECT_TRUE(mapped.view().empty());
 }
 
 }  // namespace

@@ -26,35 +26,33 @@ FileResult failure(std::string reason) {
 }
 
 // A walked file, opened without leaving the tree, then read like any other descriptor.
-tools::InputResult open_walked_input(const InputItem& item) {
+tools::InputResult open_walked_input(const InputItem& item, const Tokenizer& tokenizer) {
   tools::InputResult result;
   const FileDescriptor file(open_walked_file(item, result.error));
   if (file.get() < 0) return result;
-  result = tools::open_input_descriptor(file.get());
-  if (result.status == tools::ReadStatus::kRead && tools::looks_binary(result.text.view())) {
-    result.status = tools::ReadStatus::kBinary;
-  }
-  return result;
+  return tools::open_input_descriptor(file.get(), true, &tokenizer);
 }
 
 FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
   }
-  tools::InputResult read = item.is_stdin ? tools::open_input_descriptor(STDIN_FILENO)
-                            : !item.walk_root.empty()
-                                ? open_walked_input(item)
-                                : tools::open_input_file(item.path, item.skip_binary);
+  // Only what identification reads of an input is read, so its answer is the one for the
+  // whole input while the memory it costs stays bounded.
+  const Tokenizer& tokenizer = engine.tokenizer();
+  tools::InputResult read =
+      item.is_stdin             ? tools::open_input_descriptor(STDIN_FILENO, false, &tokenizer)
+      : !item.walk_root.empty() ? open_walked_input(item, tokenizer)
+                                : tools::open_input_file(item.path, item.skip_binary, &tokenizer);
   if (read.status == tools::ReadStatus::kFailed) return failure(std::move(read.error));
   FileResult result;
   if (read.status == tools::ReadStatus::kBinary) {
     result.outcome = FileOutcome::kSkippedBinary;
     return result;
   }
-  result.bytes = read.text.view().size();
-  // Anything but UTF-16 is handed over as it lies, so only the pages the engine reads of a
-  // mapped file get loaded; UTF-16 is converted only as far as the engine reads.
-  const IdentificationText prepared(read.text.view(), engine.tokenizer());
+  result.bytes = read.size;
+  // UTF-16 is converted only as far as the engine reads.
+  const IdentificationText prepared(read.text, tokenizer);
   const std::string_view text = prepared.view();
   if (explain) {
     // One run of the pipeline gives both the answer and its explanation.
