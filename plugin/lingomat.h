@@ -54,12 +54,16 @@ LINGOMAT_API int lingomatOptsInitWithDefaults(LingomatOpts* opts) LINGOMAT_NOEXC
 LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts) LINGOMAT_NOEXCEPT;
 
 /* Identifies codeLength bytes at code; fileName may be null. On success *language is
- * the language name, valid until the engine is destroyed, or null for no answer. */
+ * the language name, valid until the engine is destroyed, or null for no answer.
+ * The caller guarantees that code points to at least codeLength readable bytes: the
+ * library cannot check a length, and reads within it as it needs (the whole buffer when
+ * maxScanBytes is 0, a few KiB by default). */
 LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, uint64_t codeLength,
                                       const char* fileName,
                                       const char** language) LINGOMAT_NOEXCEPT;
 
-/* Destroys the engine and sets *handle to null. Always succeeds. */
+/* Destroys the engine, hands its memory back to the system and sets *handle to null.
+ * Always succeeds. */
 LINGOMAT_API int lingomatDestroy(LingomatHandle* handle) LINGOMAT_NOEXCEPT;
 
 /* The static message for a status code; never null. */

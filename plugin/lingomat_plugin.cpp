@@ -76,7 +76,10 @@ LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, u
     const std::string_view text(code, codeLength);
     const std::string_view name = fileName == nullptr ? std::string_view() : fileName;
     const std::string identified = handle->engine.identify(name, text);
-    *language = handle->engine.classifier().language_resident_c_str(identified);
+    // Nothing identified is null, even for a data file that names a language "".
+    *language = identified.empty()
+                    ? nullptr
+                    : handle->engine.classifier().language_resident_c_str(identified);
     return LINGOMAT_SUCCESS;
   } catch (...) {
     return status_of_current_exception();
@@ -87,6 +90,7 @@ LINGOMAT_API int lingomatDestroy(LingomatHandle* handle) noexcept {
   if (handle == nullptr || *handle == nullptr) return LINGOMAT_SUCCESS;
   delete *handle;
   *handle = nullptr;
+  quillon::lingomat::return_freed_memory();  // the engine's pages go back to the system
   return LINGOMAT_SUCCESS;
 }
 

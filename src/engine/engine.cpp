@@ -24,15 +24,15 @@ void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char 
   }
 }
 
-// The parsed document is about twice the data file, and the allocator would keep its freed
-// pages for good: hand them back, so that a host keeps only what the engine holds.
+}  // namespace
+
+// The allocator would keep freed pages for good: the parsed document (about twice the data
+// file) after creation, the whole engine after destruction.
 void return_freed_memory() {
 #if defined(__GLIBC__)
   malloc_trim(0);
 #endif
 }
-
-}  // namespace
 
 // The file is read and parsed once: the statistics are checked first, then the lookups, so
 // errors come in the order they always did.

@@ -17,6 +17,9 @@ using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less
 // empty when there is none.
 std::string_view extension_of(std::string_view file_name);
 
+// Hands the pages the allocator keeps after large frees back to the system.
+void return_freed_memory();
+
 // The identification engine: name lookups from the data file, a tokenizer and
 // a classifier. Never modified after construction, so calls may run concurrently.
 class Lingomat {

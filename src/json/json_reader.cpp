@@ -12,6 +12,10 @@ namespace {
 // files nest three levels; only deeper ones take the iterative parser, which accepts and
 // rejects the same documents.
 constexpr std::size_t kRecursionSafeDepth = 32;
+// Deeper documents are refused before parsing: each level costs the parser memory, so a file
+// of nothing but '[' would otherwise take many times its size before failing. No data file
+// nests anywhere near this deep.
+constexpr std::size_t kMaxDepth = 1000;  // as the message says
 
 bool nests_deeper_than(const std::string& text, std::size_t limit) {
   std::size_t depth = 0;
@@ -51,6 +55,9 @@ JsonDocument parse_json_file(const std::string& path) {
   const std::string text = read_data_file(path);
 
   JsonDocument document;
+  if (nests_deeper_than(text, kMaxDepth) && !starts_with_stray_punctuation(text)) {
+    throw JsonException("nested deeper than 1000 levels");
+  }
   if (nests_deeper_than(text, kRecursionSafeDepth) && !starts_with_stray_punctuation(text)) {
     document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
   } else {
