@@ -12,10 +12,21 @@
 namespace quillon::lingomat::tools {
 
 const JsonNode::Member* JsonNode::find(const std::string& name) const {
-  for (const Member& member : members) {
-    if (member.name == name) return &member;
+  constexpr std::size_t kWorthIndexing = 16;
+  if (members.size() < kWorthIndexing) {
+    for (const Member& member : members) {
+      if (member.name == name) return &member;
+    }
+    return nullptr;
   }
-  return nullptr;
+  if (index_.index == nullptr) {
+    index_.index = std::make_unique<Index>();
+    index_.index->reserve(members.size());
+    // emplace keeps the first of equal names.
+    for (const Member& member : members) index_.index->emplace(member.name, &member);
+  }
+  const auto found = index_.index->find(name);
+  return found == index_.index->end() ? nullptr : found->second;
 }
 
 namespace {

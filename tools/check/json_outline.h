@@ -2,8 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
+
+#include "base/token_hash.h"
 
 #include "check/check_report.h"
 
@@ -23,8 +28,25 @@ struct JsonNode {
   std::vector<Member> members;     // an object's members, in file order
   std::vector<JsonNode> elements;  // an array's elements
 
-  // The first member named `name`, as the engine finds it, or null.
+  // The first member named `name`, as the engine finds it, or null. Objects looked up once
+  // per language are indexed on first use, so checking stays linear in their size.
   const Member* find(const std::string& name) const;
+
+ private:
+  using Index = std::unordered_map<std::string_view, const Member*, KeyedStringHash>;
+  // Moves along with the members it points into; a copy builds its own.
+  struct LazyIndex {
+    std::unique_ptr<Index> index;
+    LazyIndex() = default;
+    LazyIndex(const LazyIndex&) {}
+    LazyIndex& operator=(const LazyIndex&) {
+      index.reset();
+      return *this;
+    }
+    LazyIndex(LazyIndex&&) = default;
+    LazyIndex& operator=(LazyIndex&&) = default;
+  };
+  mutable LazyIndex index_;
 };
 
 struct JsonNode::Member {
