@@ -10,6 +10,7 @@
 #include <rapidjson/document.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -239,9 +240,52 @@ void BM_Hostile(benchmark::State& state) {
   state.SetLabel(shape.name);
 }
 BENCHMARK(BM_Hostile)
-    ->ArgsProduct({{1, 4, 16}, benchmark::CreateDenseRange(0, 19, 1)})
+    ->ArgsProduct({{1, 4, 16}, benchmark::CreateDenseRange(0, 20, 1)})
     ->MinTime(0.2)
     ->Unit(benchmark::kMillisecond);
+
+// Tokens made to collide in the engine's fast hash whatever its seed, against the same lines
+// without collisions, with the limits off so that every line counts: time per MiB.
+void BM_CollidingTokens(benchmark::State& state) {
+  static const Lingomat unlimited(engine_opts(0, 0));
+  const bool colliding = state.range(0) != 0;
+  const std::string text = quillon::lingomat::test_support::shebang_lines(1 << 20, colliding);
+  for (auto _ : state) benchmark::DoNotOptimize(unlimited.identify("", text));
+  const double input_mib = static_cast<double>(text.size()) / (1024.0 * 1024.0);
+  state.counters["ms_per_MiB"] =
+      benchmark::Counter(input_mib * 1e-3, benchmark::Counter::kIsIterationInvariantRate |
+                                               benchmark::Counter::kInvert);
+  state.SetLabel(colliding ? "colliding #! lines" : "the same lines, not colliding");
+}
+BENCHMARK(BM_CollidingTokens)->Arg(1)->Arg(0)->Repetitions(5)->Unit(benchmark::kMillisecond);
+
+// One tag of the data file's own words, each distinct: every token is known and scored with
+// its own row, the costliest tag there is. Time per MiB and the peak heap per MiB of input.
+void BM_TagOfKnownWords(benchmark::State& state) {
+  const Lingomat& identifier = engine();
+  const auto& vocabulary = identifier.classifier().vocabulary();
+  std::string text = "<t ";
+  const std::size_t size = static_cast<std::size_t>(state.range(0)) << 20;
+  for (std::uint32_t id = 0; text.size() < size; id = (id + 1) % vocabulary.size()) {
+    const std::string_view token = vocabulary.token(id);
+    const bool word = !token.empty() && std::all_of(token.begin(), token.end(), [](char c) {
+      return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+    });
+    if (word) text.append(token).push_back(' ');
+  }
+  text += ">";
+  const std::size_t before = g_heap_now;
+  g_heap_peak = before;
+  benchmark::DoNotOptimize(identifier.identify("", text));
+  const double peak_mib = static_cast<double>(g_heap_peak - before) / (1024.0 * 1024.0);
+  for (auto _ : state) benchmark::DoNotOptimize(identifier.identify("", text));
+  const double input_mib = static_cast<double>(text.size()) / (1024.0 * 1024.0);
+  state.counters["ms_per_MiB"] =
+      benchmark::Counter(input_mib * 1e-3, benchmark::Counter::kIsIterationInvariantRate |
+                                               benchmark::Counter::kInvert);
+  state.counters["heap_x_input"] = peak_mib / input_mib;
+}
+BENCHMARK(BM_TagOfKnownWords)->Arg(1)->Arg(4)->MinTime(0.2)->Unit(benchmark::kMillisecond);
 
 // Keeps each benchmark's figures for the summary: the median of its repetitions (CPU time,
 // which other work on a shared machine disturbs less than wall time).

@@ -72,6 +72,31 @@ inline std::string repeat(const std::string& piece, std::size_t times) {
   return text;
 }
 
+// Lines "#!" + name whose tokens "SHEBANG#!" + name all share one 64-bit hash under a
+// multiply-and-xorshift hash of 8-byte words, whatever its seed: flipping the top bit of one
+// word changes the state by a fixed difference, which the next word cancels. Bit j of the
+// variant number picks the flip in the j-th pair of words. With `colliding` false the same
+// bytes are rotated, so that the lines are alike in every way but the collisions.
+inline std::string shebang_lines(std::size_t size, bool colliding) {
+  constexpr std::size_t kPairs = 12;
+  constexpr std::size_t kNameLength = 16 * kPairs - 1;  // the token fills whole words
+  std::string text;
+  for (std::size_t variant = 0; text.size() < size; ++variant) {
+    std::string name(kNameLength, 'A');
+    for (std::size_t pair = 0; pair < kPairs; ++pair) {
+      if ((variant >> pair & 1) == 0) continue;
+      // Word c of the token covers name bytes 8c - 9 .. 8c - 2 ("SHEBANG#" is word 0).
+      const std::size_t word = 2 * pair + 1;
+      name[8 * word - 2] ^= '\x80';
+      name[8 * (word + 1) - 2] ^= '\x80';
+      name[8 * (word + 1) - 5] ^= '\x04';
+    }
+    if (!colliding) std::rotate(name.begin(), name.begin() + variant % kNameLength, name.end());
+    text += "#!/usr/bin/" + name + "\n";
+  }
+  return text;
+}
+
 // Shapes that once cost far more than their size.
 struct HostileShape {
   const char* name;
@@ -118,6 +143,7 @@ inline const std::vector<HostileShape>& hostile_shapes() {
       {"open angles", [](std::size_t size) { return std::string(size, '<'); }},
       {"one unclosed tag", [](std::size_t size) { return "<" + std::string(size, 'a'); }},
       {"assignments", [](std::size_t size) { return repeat("a=", size / 2); }},
+      {"colliding #! lines", [](std::size_t size) { return shebang_lines(size, true); }},
   };
   return shapes;
 }
