@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "classify/classifier.h"
+#include "engine/option_defaults.h"
 #include "tokenize/tokenizer.h"
 
 namespace quillon::lingomat {
@@ -25,6 +26,22 @@ class Lingomat {
     Tokenizer::Opts tokenizer;
     Classifier::Opts classifier;
     std::vector<std::string> restrictions;  // empty: every language allowed
+  };
+
+  // The classifier's two floors: it stays silent below `min_tokens` tokens (0: no minimum),
+  // and a language scoring below `min_score_per_token` per token is dropped (exactly 0.0: no
+  // such floor).
+  struct Floors {
+    std::uint64_t min_tokens = defaults::kMinTokens;
+    double min_score_per_token = defaults::kMinScorePerToken;
+  };
+  // The floors for each kind of classifier question: ranking the candidates that the file's
+  // name or interpreter gave, or naming a text from its content alone. The options' own
+  // min_tokens still silences the classifier first, so lower ones need an engine created
+  // with a lower one.
+  struct FloorPolicy {
+    Floors among_candidates;
+    Floors content_only;
   };
 
   // Everything one identification went through, in the order the pipeline met it.
@@ -46,6 +63,7 @@ class Lingomat {
     std::uint64_t token_count = 0;
     Ranking ranking;  // the classifier's ranking before the per-token floor
     Ranking kept;     // what the floor kept
+    Floors floors;    // the floors that applied
     std::string answer;
     Reason reason = Reason::kNone;
   };
@@ -58,6 +76,12 @@ class Lingomat {
   // The same identification, recorded step by step; its answer is identify()'s. The
   // classifier also runs when a single candidate makes it moot, so its view is recorded too.
   Trace trace(std::string_view file_name, std::string_view code) const;
+  // The same two with floors chosen per kind of question instead of the options' floors.
+  std::string identify(std::string_view file_name, std::string_view code,
+                       const FloorPolicy& floors) const;
+  Trace trace(std::string_view file_name, std::string_view code, const FloorPolicy& floors) const;
+  // The options' floors, for every kind of question.
+  FloorPolicy default_floors() const;
 
   std::vector<std::string> identify_by_filename(std::string_view file_name) const;
   std::vector<std::string> identify_by_shebang(std::string_view code) const;
@@ -77,12 +101,13 @@ class Lingomat {
   Lingomat(const Opts& opts, const JsonValue& document);
 
   // The pipeline behind identify() and trace(); records into `trace` when it is not null.
-  std::string decide(std::string_view file_name, std::string_view code, Trace* trace) const;
+  std::string decide(std::string_view file_name, std::string_view code, const FloorPolicy& floors,
+                     Trace* trace) const;
   std::vector<std::string> identify_by_interpreter(std::string_view interpreter) const;
   // The classifier strategy; also hands out the ranking before the floor and the token
   // count when asked for them.
   Ranking rank(std::string_view code, const std::vector<std::string>& candidates,
-               Ranking* before_floor, std::uint64_t* token_count) const;
+               const Floors& floors, Ranking* before_floor, std::uint64_t* token_count) const;
 
   Opts opts_;
   LanguageLookup filenames_;

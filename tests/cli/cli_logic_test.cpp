@@ -52,13 +52,6 @@ TEST(CliCommandLine, RefusesBadInputNamingTheOption) {
   EXPECT_EQ(parse({"--version"}).action, CommandAction::kVersion);
 }
 
-Lingomat::Opts floors(std::uint64_t min_tokens, double min_score) {
-  Lingomat::Opts opts;
-  opts.classifier.min_tokens = min_tokens;
-  opts.classifier.min_score_per_token = min_score;
-  return opts;
-}
-
 TEST(CliExplanation, CopiesTheRecordAndShowsTheBestLanguagesOnce) {
   Lingomat::Trace trace;
   trace.by_filename = {"Make"};
@@ -72,8 +65,9 @@ TEST(CliExplanation, CopiesTheRecordAndShowsTheBestLanguagesOnce) {
   trace.kept = {{"Cpp", -20.0}, {"Cpp", -20.0}, {"C", -50.0}};
   trace.answer = "Cpp";
   trace.reason = Lingomat::Trace::Reason::kClassifier;
+  trace.floors = {40, -8.0};
 
-  const Evidence evidence = explain_identification(trace, "Makefile.h", floors(40, -8.0));
+  const Evidence evidence = explain_identification(trace, "Makefile.h");
   EXPECT_EQ(evidence.name, "Makefile.h");
   EXPECT_EQ(evidence.by_filename, trace.by_filename);
   EXPECT_EQ(evidence.interpreter, "ruby");
@@ -98,16 +92,16 @@ TEST(CliExplanation, NamesTheDecisionFromTheEnginesReason) {
   Lingomat::Trace trace;
   trace.answer = "Python";
   trace.reason = Reason::kFirstCandidate;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "first candidate");
+  EXPECT_EQ(explain_identification(trace, "").decision, "first candidate");
   // A single candidate that the classifier could not confirm, then one that it did.
   trace.reason = Reason::kOnlyCandidate;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "first candidate");
+  EXPECT_EQ(explain_identification(trace, "").decision, "first candidate");
   trace.kept = {{"Python", -3.0}};
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "classifier");
+  EXPECT_EQ(explain_identification(trace, "").decision, "classifier");
   trace.answer.clear();
   trace.kept.clear();
   trace.reason = Reason::kNone;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "none");
+  EXPECT_EQ(explain_identification(trace, "").decision, "none");
 }
 
 }  // namespace

@@ -58,11 +58,11 @@ tools::OptionParser option_parser(CliOptions& options) {
       with_default("Stop tokenizing at N tokens; 0: no limit", std::to_string(kDefaultMaxTokens)),
       &options.max_tokens);
   parser.add_uint("min-tokens", "N",
-                  with_default("Fewer tokens give no classifier answer; 0: no minimum",
+                  with_default("Fewer tokens give no answer from content alone; 0: no minimum",
                                std::to_string(kDefaultMinTokens)),
                   &options.min_tokens);
   parser.add_double("min-score", "X",
-                    with_default("Drop classifier answers scoring below X per token; 0: off",
+                    with_default("Drop answers from content alone scoring below X per token; 0: off",
                                  tools::OptionParser::format_default(kDefaultMinScore)),
                     &options.min_score);
 

@@ -4,20 +4,25 @@
 #include <string>
 #include <vector>
 
+#include "engine/engine.h"
 #include "engine/option_defaults.h"
 
 namespace quillon::lingomat::cli {
 
 // The defaults the tool starts from; --help prints them. The limits are the library's.
-// The classifier's floors are looser than the library's (defaults::kMinTokens and
-// defaults::kMinScorePerToken) to
-// answer more code from content alone, yet tight enough to leave most plain text
-// (licences, changelogs, READMEs) unanswered; the README's accuracy section has the
-// held-out figures behind both choices.
+// The floors for answers from content alone differ from the library's (defaults::kMinTokens
+// and defaults::kMinScorePerToken): fewer tokens answer more code, and a higher score floor
+// leaves most plain text (licences, changelogs, READMEs) unanswered. They do not apply when
+// the file's name or interpreter gives candidates: there the classifier only chooses among
+// languages the name already vouches for, under kCandidateFloors. The README's accuracy
+// section has the held-out figures behind these choices.
 inline constexpr std::uint64_t kDefaultMaxBytes = defaults::kMaxBytes;
 inline constexpr std::uint64_t kDefaultMaxTokens = defaults::kMaxTokens;
 inline constexpr std::uint64_t kDefaultMinTokens = 10;
 inline constexpr double kDefaultMinScore = -7.0;
+// Among candidates the ranking is the best guess even where the words are unfamiliar: with
+// no score floor the held-out files named right rise from 8283 to 8307 of 8341.
+inline constexpr Lingomat::Floors kCandidateFloors{1, 0.0};
 
 // More workers than this buys nothing and usually means a typo.
 inline constexpr unsigned kMaxJobs = 1024;

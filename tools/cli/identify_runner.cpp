@@ -23,7 +23,8 @@ FileResult failure(std::string reason) {
   return result;
 }
 
-FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
+FileResult identify_checked(const Lingomat& engine, const InputItem& item,
+                            const RunSettings& settings) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
   }
@@ -40,22 +41,23 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
   // mapped file get loaded; UTF-16 is converted only as far as the engine reads.
   const IdentificationText prepared(read.text.view(), engine.tokenizer());
   const std::string_view text = prepared.view();
-  if (explain) {
+  if (settings.explain) {
     // One run of the pipeline gives both the answer and its explanation.
-    const Lingomat::Trace trace = engine.trace(item.name, text);
+    const Lingomat::Trace trace = engine.trace(item.name, text, settings.floors);
     result.language = trace.answer;
-    result.evidence = explain_identification(trace, item.name, engine.opts());
+    result.evidence = explain_identification(trace, item.name);
   } else {
-    result.language = engine.identify(item.name, text);
+    result.language = engine.identify(item.name, text, settings.floors);
   }
   result.outcome = FileOutcome::kIdentified;
   return result;
 }
 
-FileResult identify_item(const Lingomat& engine, const InputItem& item, bool explain) {
+FileResult identify_item(const Lingomat& engine, const InputItem& item,
+                         const RunSettings& settings) {
   // One file running out of memory (or tripping the engine) must not end the others.
   try {
-    return identify_checked(engine, item, explain);
+    return identify_checked(engine, item, settings);
   } catch (const std::bad_alloc&) {
     return failure("out of memory");
   } catch (const std::exception& e) {
@@ -92,7 +94,7 @@ void identify_all(const Lingomat& engine, const std::vector<InputItem>& items,
   tools::run_parallel(
       total, settings.jobs,
       [&](std::size_t index, unsigned) {
-        FileResult result = identify_item(engine, items[index], settings.explain);
+        FileResult result = identify_item(engine, items[index], settings);
         std::lock_guard<std::mutex> lock(mutex);
         slots[index] = std::move(result);
       },

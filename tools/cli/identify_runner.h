@@ -26,6 +26,7 @@ struct FileResult {
 struct RunSettings {
   unsigned jobs = 1;
   bool explain = false;
+  Lingomat::FloorPolicy floors;
 };
 
 // Called on the caller's thread, in item order.
