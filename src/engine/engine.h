@@ -13,6 +13,8 @@
 namespace quillon::lingomat {
 
 using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less<>>;
+// One name lookup as the data file lists it: each language with its names, both in file order.
+using LanguageNames = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 // The part of a file name that the extension lookup uses: from its last '.', dot included;
 // empty when there is none.
@@ -95,6 +97,10 @@ class Lingomat {
   const Opts& opts() const { return opts_; }
   const Tokenizer& tokenizer() const { return tokenizer_; }
   const Classifier& classifier() const { return classifier_; }
+  // The three lookups as the data file lists them, for hosts that describe the languages.
+  const LanguageNames& filenames_by_language() const { return filename_lists_; }
+  const LanguageNames& extnames_by_language() const { return extname_lists_; }
+  const LanguageNames& interpreters_by_language() const { return interpreter_lists_; }
 
  private:
   // Builds everything from the one parse of the data file.
@@ -113,6 +119,9 @@ class Lingomat {
   LanguageLookup filenames_;
   LanguageLookup extnames_;
   LanguageLookup interpreters_;
+  LanguageNames filename_lists_;
+  LanguageNames extname_lists_;
+  LanguageNames interpreter_lists_;
   Tokenizer tokenizer_;
   Classifier classifier_;
 };

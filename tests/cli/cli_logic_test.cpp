@@ -7,6 +7,7 @@
 
 #include "cli_options.h"
 #include "explanation.h"
+#include "language_catalog.h"
 
 namespace quillon::lingomat::cli {
 namespace {
@@ -102,6 +103,18 @@ TEST(CliExplanation, NamesTheDecisionFromTheEnginesReason) {
   trace.kept.clear();
   trace.reason = Reason::kNone;
   EXPECT_EQ(explain_identification(trace, "").decision, "none");
+}
+
+// The catalog the tool lists comes from the engine; it must be the data file's, entry for
+// entry and in file order, as a direct reading of the file gives it.
+TEST(CliCatalog, FromTheEngineEqualsTheDataFile) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = LINGOMAT_SOURCE_TREE_DATA;
+  const Lingomat engine(opts);
+  const std::vector<LanguageEntry> from_engine = language_catalog(engine);
+  const std::vector<LanguageEntry> from_file = read_language_catalog(LINGOMAT_SOURCE_TREE_DATA);
+  ASSERT_EQ(from_engine.size(), from_file.size());
+  EXPECT_EQ(catalog_json_lines(from_engine), catalog_json_lines(from_file));
 }
 
 }  // namespace

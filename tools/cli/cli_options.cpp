@@ -61,10 +61,11 @@ tools::OptionParser option_parser(CliOptions& options) {
                   with_default("Fewer tokens give no answer from content alone; 0: no minimum",
                                std::to_string(kDefaultMinTokens)),
                   &options.min_tokens);
-  parser.add_double("min-score", "X",
-                    with_default("Drop answers from content alone scoring below X per token; 0: off",
-                                 tools::OptionParser::format_default(kDefaultMinScore)),
-                    &options.min_score);
+  parser.add_double(
+      "min-score", "X",
+      with_default("Drop answers from content alone scoring below X per token; 0: off",
+                   tools::OptionParser::format_default(kDefaultMinScore)),
+      &options.min_score);
 
   parser.add_section("Walking directories");
   parser.add_string("files-from", "FILE",

@@ -93,8 +93,7 @@ int run_identification(const CliOptions& options) {
   const LoadedEngine loaded = load_engine(options, data_file);
   if (!loaded.engine) throw tools::ToolError(loaded.error, kExitUsageOrData);
   if (options.list_languages || !options.only.empty()) {
-    // The engine has just read this file, so it parses.
-    const std::vector<LanguageEntry> catalog = read_language_catalog(data_file);
+    const std::vector<LanguageEntry> catalog = language_catalog(*loaded.engine);
     if (options.list_languages) {
       write_out(options.json ? catalog_json_lines(catalog) : catalog_text(catalog));
       finish_output();
