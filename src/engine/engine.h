@@ -85,6 +85,10 @@ class Lingomat {
   // The options' floors, for every kind of question.
   FloorPolicy default_floors() const;
 
+  // The candidates the name strategies give, in pipeline order, less those the restrictions
+  // exclude: empty when the classifier would answer from content alone.
+  std::vector<std::string> candidates(std::string_view file_name, std::string_view code) const;
+
   std::vector<std::string> identify_by_filename(std::string_view file_name) const;
   std::vector<std::string> identify_by_shebang(std::string_view code) const;
   std::vector<std::string> identify_by_extension(std::string_view file_name) const;
@@ -110,6 +114,8 @@ class Lingomat {
   std::string decide(std::string_view file_name, std::string_view code, const FloorPolicy& floors,
                      Trace* trace) const;
   std::vector<std::string> identify_by_interpreter(std::string_view interpreter) const;
+  // Removes the names the restrictions exclude, keeping the order of the others.
+  void restrict(std::vector<std::string>& names) const;
   // The classifier strategy; also hands out the ranking before the floor and the token
   // count when asked for them.
   Ranking rank(std::string_view code, const std::vector<std::string>& candidates,

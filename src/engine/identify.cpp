@@ -54,6 +54,25 @@ Ranking Lingomat::rank(std::string_view code, const std::vector<std::string>& ca
   return ranking;
 }
 
+void Lingomat::restrict(std::vector<std::string>& names) const {
+  if (!apply_restrictions()) return;
+  const auto& allowed = opts_.restrictions;
+  names.erase(std::remove_if(names.begin(), names.end(),
+                             [&](const std::string& name) {
+                               return !std::binary_search(allowed.begin(), allowed.end(), name);
+                             }),
+              names.end());
+}
+
+std::vector<std::string> Lingomat::candidates(std::string_view file_name,
+                                              std::string_view code) const {
+  std::vector<std::string> names = identify_by_filename(file_name);
+  append(names, identify_by_shebang(code));
+  append(names, identify_by_extension(file_name));
+  restrict(names);
+  return names;
+}
+
 std::string Lingomat::identify(std::string_view file_name, std::string_view code) const {
   return decide(file_name, code, default_floors(), nullptr);
 }
@@ -89,16 +108,7 @@ std::string Lingomat::decide(std::string_view file_name, std::string_view code,
   }
   append(candidates, std::move(by_interpreter));
   append(candidates, std::move(by_extension));
-
-  if (apply_restrictions()) {
-    const auto& allowed = opts_.restrictions;
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
-                                    [&](const std::string& name) {
-                                      return !std::binary_search(allowed.begin(), allowed.end(),
-                                                                 name);
-                                    }),
-                     candidates.end());
-  }
+  restrict(candidates);
 
   // One candidate, however often listed, is the answer whatever the classifier says; only a
   // trace asks the classifier anyway.

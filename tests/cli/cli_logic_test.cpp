@@ -8,6 +8,7 @@
 #include "cli_options.h"
 #include "explanation.h"
 #include "language_catalog.h"
+#include "prose_test.h"
 
 namespace quillon::lingomat::cli {
 namespace {
@@ -103,6 +104,22 @@ TEST(CliExplanation, NamesTheDecisionFromTheEnginesReason) {
   trace.kept.clear();
   trace.reason = Reason::kNone;
   EXPECT_EQ(explain_identification(trace, "").decision, "none");
+}
+
+TEST(CliProse, FunctionWordsMarkProseNotCode) {
+  EXPECT_TRUE(
+      reads_as_prose("This program is free software; you can redistribute it and/or "
+                     "modify it under the terms of the licence."));
+  EXPECT_FALSE(reads_as_prose("for (int i = 0; i < count; ++i) total += values[i];\n"));
+  EXPECT_FALSE(reads_as_prose(""));
+  EXPECT_FALSE(reads_as_prose("1,2,3\n4,5,6\n"));
+  // Three function words in ten is prose, two is not; case does not matter.
+  EXPECT_TRUE(reads_as_prose("THE Of AND alpha beta gamma delta epsilon zeta eta"));
+  EXPECT_FALSE(reads_as_prose("the of alpha beta gamma delta epsilon zeta eta theta"));
+  // Only the window the engine reads counts.
+  const std::string code_then_prose =
+      std::string(kProseWindow, ';') + " the of and the of and the of and";
+  EXPECT_FALSE(reads_as_prose(code_then_prose));
 }
 
 // The catalog the tool lists comes from the engine; it must be the data file's, entry for

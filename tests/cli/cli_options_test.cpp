@@ -100,6 +100,26 @@ TEST_F(OptionsTest, NameCandidatesAreRankedBelowTheFloors) {
   EXPECT_NE(explained.out.find("decision     classifier"), std::string::npos) << explained.out;
 }
 
+// Prose and code that score alike (-6.5 per token, between the floor of -7 and the prose
+// floor of -6): only text that nothing names and that reads as prose goes unanswered.
+TEST_F(OptionsTest, ProseThatNothingNamesGetsTheStricterFloor) {
+  const std::string data = write_file("prose.json", R"json({
+    "filenames": {}, "interpreters": {}, "extnames": {"Notes": [".notes"]},
+    "languages": {"Notes": 1}, "language_tokens": {"Notes": 665},
+    "tokens": {"Notes": {"the": 1, "of": 1, "licence": 1, "x": 1, "=": 1, ";": 1}},
+    "tokens_total": 665, "languages_total": 1})json");
+  const std::string prose = words("the licence of the licence", 10);
+  const std::string code = words("x = x ;", 10);
+  const std::string unnamed_prose = write_file("a", prose);
+  const std::string unnamed_code = write_file("b", code);
+  const std::string named_prose = write_file("c.notes", prose);
+  EXPECT_EQ(run({"--data", data, unnamed_prose, unnamed_code, named_prose}).out,
+            unnamed_prose + "\t\n" + unnamed_code + "\tNotes\n" + named_prose + "\tNotes\n");
+  // A floor switched off stays off, prose or not.
+  EXPECT_EQ(run({"--data", data, "--min-score", "0", unnamed_prose}).out,
+            unnamed_prose + "\tNotes\n");
+}
+
 TEST_F(OptionsTest, ValueFormsAreEquivalent) {
   const std::string file = write_file("x", words("beta", 50));
   const std::string expected = file + "\t\n";  // too few tokens: no answer

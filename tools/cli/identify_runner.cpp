@@ -8,9 +8,11 @@
 
 #include <unistd.h>
 
+#include "cli_options.h"
 #include "common/input_text.h"
 #include "common/parallel.h"
 #include "input/identification_text.h"
+#include "prose_test.h"
 
 namespace quillon::lingomat::cli {
 
@@ -21,6 +23,17 @@ FileResult failure(std::string reason) {
   result.outcome = FileOutcome::kFailed;
   result.error = std::move(reason);
   return result;
+}
+
+// Prose that nothing names gets the stricter prose floor; a floor that is off stays off.
+Lingomat::FloorPolicy floors_for(const Lingomat& engine, std::string_view name,
+                                 std::string_view text, Lingomat::FloorPolicy floors) {
+  double& floor = floors.content_only.min_score_per_token;
+  if (floor != 0.0 && floor < kProseMinScore && engine.candidates(name, text).empty() &&
+      reads_as_prose(text)) {
+    floor = kProseMinScore;
+  }
+  return floors;
 }
 
 FileResult identify_checked(const Lingomat& engine, const InputItem& item,
@@ -41,13 +54,14 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item,
   // mapped file get loaded; UTF-16 is converted only as far as the engine reads.
   const IdentificationText prepared(read.text.view(), engine.tokenizer());
   const std::string_view text = prepared.view();
+  const Lingomat::FloorPolicy floors = floors_for(engine, item.name, text, settings.floors);
   if (settings.explain) {
     // One run of the pipeline gives both the answer and its explanation.
-    const Lingomat::Trace trace = engine.trace(item.name, text, settings.floors);
+    const Lingomat::Trace trace = engine.trace(item.name, text, floors);
     result.language = trace.answer;
     result.evidence = explain_identification(trace, item.name);
   } else {
-    result.language = engine.identify(item.name, text, settings.floors);
+    result.language = engine.identify(item.name, text, floors);
   }
   result.outcome = FileOutcome::kIdentified;
   return result;
