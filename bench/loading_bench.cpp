@@ -1,7 +1,7 @@
 // Engine creation against one bare parse of the same data file, for the shipped file and for
 // synthetic files with many languages (creation should grow linearly with their number), and
 // a whole run of the command-line tool on one small file against the same parse.
-// Run: build/bench/lingomat_loading_bench [--runs N] [--data FILE]
+// Run: build/bench/lingomat_loading_bench [--runs N] [--data FILE] [--tool PATH]
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -139,13 +139,15 @@ double median_lookup_ms(const std::string& path, int runs) {
 
 #ifdef LINGOMAT_BENCH_TOOL
 // One run of the tool, start to exit, on `file` with the data file `data`; -1 when it fails.
+std::string g_tool = LINGOMAT_BENCH_TOOL;  // --tool: another build of the tool, to compare
+
 double tool_run_ms(const std::string& data, const std::string& file) {
   const auto start = std::chrono::steady_clock::now();
   const pid_t child = fork();
   if (child == 0) {
     const int null = open("/dev/null", O_WRONLY);
     if (null >= 0) dup2(null, STDOUT_FILENO);
-    execl(LINGOMAT_BENCH_TOOL, "lingomat", "--data", data.c_str(), file.c_str(),
+    execl(g_tool.c_str(), "lingomat", "--data", data.c_str(), file.c_str(),
           static_cast<char*>(nullptr));
     _exit(127);
   }
@@ -224,6 +226,10 @@ int main(int argc, char** argv) {
       runs = std::max(1, std::atoi(argv[i + 1]));
     } else if (option == "--data") {
       data = argv[i + 1];
+#ifdef LINGOMAT_BENCH_TOOL
+    } else if (option == "--tool") {
+      g_tool = argv[i + 1];
+#endif
     }
   }
   char folder[] = "/tmp/lingomat_loading_XXXXXX";

@@ -1,7 +1,7 @@
 // Files per second on a tree: the command-line tool with -j1 (reading, mapping, walking and
 // identifying, start-up included) against the engine identifying the same files already in
 // memory, runs alternated so that a busy machine slows both alike.
-// Run: build/bench/lingomat_tree_bench [--tree DIR] [--runs N] [--data FILE]
+// Run: build/bench/lingomat_tree_bench [--tree DIR] [--runs N] [--data FILE] [--tool PATH]
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -100,11 +100,13 @@ double median(std::vector<double> values) {
 int main(int argc, char** argv) {
   std::string tree = "/usr/include";
   std::string data = LINGOMAT_BENCH_DATA;
+  std::string tool = LINGOMAT_BENCH_TOOL;  // another build of the tool, to compare
   int runs = 5;
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string option = argv[i];
     if (option == "--tree") tree = argv[i + 1];
     if (option == "--data") data = argv[i + 1];
+    if (option == "--tool") tool = argv[i + 1];
     if (option == "--runs") runs = std::max(1, std::atoi(argv[i + 1]));
   }
   const auto files = load_tree(tree);
@@ -125,12 +127,12 @@ int main(int argc, char** argv) {
   std::vector<double> engine_wall, engine_cpu, tool_wall, tool_cpu, start_wall, start_cpu;
   for (int i = 0; i < runs; ++i) {
     const Timing in_memory = engine_pass(engine, files);
-    const Timing tool = tool_pass({LINGOMAT_BENCH_TOOL, "--data", data, "-j1", tree});
-    const Timing start = tool_pass({LINGOMAT_BENCH_TOOL, "--data", data, empty});
+    const Timing walked = tool_pass({tool, "--data", data, "-j1", tree});
+    const Timing start = tool_pass({tool, "--data", data, empty});
     engine_wall.push_back(in_memory.wall_s);
     engine_cpu.push_back(in_memory.cpu_s);
-    tool_wall.push_back(tool.wall_s);
-    tool_cpu.push_back(tool.cpu_s);
+    tool_wall.push_back(walked.wall_s);
+    tool_cpu.push_back(walked.cpu_s);
     start_wall.push_back(start.wall_s);
     start_cpu.push_back(start.cpu_s);
   }

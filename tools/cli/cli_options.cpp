@@ -22,6 +22,27 @@ constexpr const char* kExitStatus =
     "or the output could not be written, 2 for a usage error or a data file that\n"
     "cannot be loaded.\n";
 
+// Where the data file is looked for without --data (data_file_locator.cpp), and a few uses.
+std::string files_and_examples() {
+  return std::string(
+             "\n"
+             "Files:\n"
+             "  lingomat.json  The data file, unless --data names one: the first that\n"
+             "                 exists of ") +
+         LINGOMAT_DATA_FROM_BINDIR + " (from the\n                 binary's folder), " +
+         LINGOMAT_INSTALLED_DATA +
+         ",\n                 and, for a binary still in its build tree, the source\n"
+         "                 tree's data/lingomat.json.\n"
+         "\n"
+         "Examples:\n"
+         "  lingomat src/main.c             The language of one file.\n"
+         "  lingomat --summary .            Languages of a tree, by files and bytes.\n"
+         "  lingomat --explain notes        Why a file got its answer, or none.\n"
+         "  git ls-files -z | lingomat -0 --files-from -\n"
+         "                                  The files git tracks, NUL-separated.\n"
+         "  lingomat --name x.py -          Standard input, named as a Python file.\n";
+}
+
 std::string with_default(const std::string& text, const std::string& shown) {
   return text + " (default " + shown + ").";
 }
@@ -92,7 +113,7 @@ tools::OptionParser option_parser(CliOptions& options) {
   parser.add_uint("jobs", "N", "Worker threads (default: one per core).", &options.jobs, 1,
                   kMaxJobs);
   parser.add_alias('j', "jobs");
-  parser.set_epilogue(kExitStatus);
+  parser.set_epilogue(kExitStatus + files_and_examples());
   return parser;
 }
 
