@@ -98,6 +98,10 @@ TEST_F(OptionsTest, NameCandidatesAreRankedBelowTheFloors) {
   EXPECT_EQ(result.out, puppet + "\tPuppet\n" + pascal_unnamed + "\t\n" + pascal + "\tPascal\n");
   const CliRun explained = run({"--data", data, "--explain", pascal});
   EXPECT_NE(explained.out.find("decision     classifier"), std::string::npos) << explained.out;
+  // With the library's floors applied to candidates too, Pascal falls back to Puppet.
+  EXPECT_EQ(
+      run({"--data", data, "--same-floors", "--min-tokens", "40", "--min-score", "-8", pascal}).out,
+      pascal + "\tPuppet\n");
 }
 
 // Prose and code that score alike (-6.5 per token, between the floor of -7 and the prose
@@ -115,9 +119,10 @@ TEST_F(OptionsTest, ProseThatNothingNamesGetsTheStricterFloor) {
   const std::string named_prose = write_file("c.notes", prose);
   EXPECT_EQ(run({"--data", data, unnamed_prose, unnamed_code, named_prose}).out,
             unnamed_prose + "\t\n" + unnamed_code + "\tNotes\n" + named_prose + "\tNotes\n");
-  // A floor switched off stays off, prose or not.
+  // A floor switched off stays off, prose or not; --same-floors gives prose none of its own.
   EXPECT_EQ(run({"--data", data, "--min-score", "0", unnamed_prose}).out,
             unnamed_prose + "\tNotes\n");
+  EXPECT_EQ(run({"--data", data, "--same-floors", unnamed_prose}).out, unnamed_prose + "\tNotes\n");
 }
 
 TEST_F(OptionsTest, ValueFormsAreEquivalent) {

@@ -87,6 +87,11 @@ tools::OptionParser option_parser(CliOptions& options) {
       with_default("Drop answers from content alone scoring below X per token; 0: off",
                    tools::OptionParser::format_default(kDefaultMinScore)),
       &options.min_score);
+  parser.add_flag("same-floors",
+                  "Apply --min-tokens and --min-score among the candidates a name gives too, "
+                  "and give prose no floor of its own, as the library does (with "
+                  "--min-tokens 40 --min-score -8: the library's answers).",
+                  &options.same_floors);
 
   parser.add_section("Walking directories");
   parser.add_string("files-from", "FILE",

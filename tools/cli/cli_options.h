@@ -40,6 +40,7 @@ struct CliOptions {
   std::uint64_t max_tokens = kDefaultMaxTokens;
   std::uint64_t min_tokens = kDefaultMinTokens;
   double min_score = kDefaultMinScore;
+  bool same_floors = false;           // the two floors apply to every answer, as in the library
   std::vector<std::string> only;      // allowed languages; empty: all
   std::vector<std::string> excludes;  // globs: walked paths that match are left out
   bool no_ignore = false;             // walk what .gitignore and .ignore files leave out too

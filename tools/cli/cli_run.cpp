@@ -119,6 +119,7 @@ int run_identification(const CliOptions& options) {
   settings.jobs = worker_count(options);
   settings.explain = options.explain;
   settings.floors = floor_policy(options);
+  settings.prose_floor = !options.same_floors;
   identify_all(
       *loaded.engine, items, settings,
       [&](const InputItem& item, FileResult result) {

@@ -18,7 +18,8 @@ std::string failure(const char* status, const std::string& data_file, const std:
 }  // namespace
 
 Lingomat::FloorPolicy floor_policy(const CliOptions& options) {
-  return {kCandidateFloors, {options.min_tokens, options.min_score}};
+  const Lingomat::Floors content_only{options.min_tokens, options.min_score};
+  return {options.same_floors ? content_only : kCandidateFloors, content_only};
 }
 
 LoadedEngine load_engine(const CliOptions& options, const std::string& data_file) {

@@ -14,7 +14,7 @@ struct LoadedEngine {
 };
 
 // The tool's floors: the options' for answers from content alone, kCandidateFloors among the
-// candidates that names give.
+// candidates that names give (the options' too with --same-floors).
 Lingomat::FloorPolicy floor_policy(const CliOptions& options);
 
 // Builds the engine from the data file and the identification options, with a classifier

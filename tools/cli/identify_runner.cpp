@@ -54,7 +54,8 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item,
   // mapped file get loaded; UTF-16 is converted only as far as the engine reads.
   const IdentificationText prepared(read.text.view(), engine.tokenizer());
   const std::string_view text = prepared.view();
-  const Lingomat::FloorPolicy floors = floors_for(engine, item.name, text, settings.floors);
+  const Lingomat::FloorPolicy floors =
+      settings.prose_floor ? floors_for(engine, item.name, text, settings.floors) : settings.floors;
   if (settings.explain) {
     // One run of the pipeline gives both the answer and its explanation.
     const Lingomat::Trace trace = engine.trace(item.name, text, floors);
