@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Trains on two thirds of the projects and evaluates on the held-out third, under the
 # library's default floors and under the command-line tool's, then measures how often
-# each configuration names a language for the non-code set (corpus/noncode.py).
+# each configuration names a language for the non-code set (corpus/noncode.py), and
+# finally runs the command-line tool itself on both.
 # Usage: scripts/measure-accuracy.sh [OUTPUT_DIR]   (reports land there; default build/accuracy)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +12,7 @@ mkdir -p "$out"
 
 bash scripts/install-deps.sh
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j"$(nproc)" --target lingomat-train lingomat-eval
+cmake --build build -j"$(nproc)" --target lingomat-train lingomat-eval lingomat
 [ -d corpus/noncode ] || python3 corpus/noncode.py
 
 build/tools/train/lingomat-train "${TRAIN_OPTIONS[@]}" --split train \
@@ -37,3 +38,10 @@ for config in library-defaults cli-defaults; do
   awk -v config="$config" '/^== content only/ { getline; sub(/correct 0 \(0.0%\), /, ""); sub(/wrong/, "answered"); printf "%-17s %-10s %s\n", config, "non-code", $0; exit }' \
     "$out/noncode-$config.txt"
 done | tee "$out/summary.txt"
+
+# The command-line tool as users run it: its floors among name candidates and for content
+# alone, and its prose test, on the same held-out projects and non-code set.
+echo
+echo "== the command-line tool (scripts/measure-cli-accuracy.py) =="
+/usr/bin/python3 scripts/measure-cli-accuracy.py "$out/train.json" corpus/samples corpus/noncode \
+  | tee "$out/cli-tool.txt"

@@ -6,7 +6,7 @@
 # build-tsan, build-fuzz) and can be run alone: scripts/test-sanitizers.sh, scripts/fuzz.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/install-deps.sh
+bash scripts/install-deps.sh test
 rm -rf build
 cmake -S . -B build -DLINGOMAT_WERROR=ON -DLINGOMAT_BUILD_BENCHMARKS=ON
 cmake --build build -j"$(nproc)"

@@ -167,7 +167,7 @@ int lingomatPyExplain(const LingomatPyEngine* engine, const char* code, uint64_t
     result.outcome = cli::FileOutcome::kIdentified;
     result.language = trace.answer;
     result.bytes = length;
-    result.evidence = cli::explain_identification(trace, item.name, lingomat.opts());
+    result.evidence = cli::explain_identification(trace, item.name);
     *json = malloc_copy(cli::json_line(item, result));
     return *json == nullptr ? LINGOMAT_ERROR_MEMORY : LINGOMAT_SUCCESS;
   } catch (...) {

@@ -12,14 +12,20 @@
 namespace quillon::lingomat {
 namespace {
 
-// Inverts "language → names" from the data file into "name → languages", keeping file order.
+// Keeps "language → names" from the data file as listed, and inverts it into
+// "name → languages", keeping file order in both.
 template <std::size_t N>
-void build_lookup(LanguageLookup& lookup, const JsonValue& document, const char (&key)[N]) {
+void build_lookup(LanguageLookup& lookup, LanguageNames& lists, const JsonValue& document,
+                  const char (&key)[N]) {
   for (const auto& entry : json_get<JsonConstObject>(document, key)) {
     const std::string language = json_string(entry.name);
     if (!entry.value.IsArray()) throw JsonException(kUnexpectedType);
+    std::vector<std::string>& names =
+        lists.emplace_back(language, std::vector<std::string>()).second;
+    names.reserve(entry.value.Size());
     for (const auto& name : entry.value.GetArray()) {
-      lookup[json_string(name)].push_back(language);
+      names.push_back(json_string(name));
+      lookup[names.back()].push_back(language);
     }
   }
 }
@@ -42,9 +48,9 @@ Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.class
 
 Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
     : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, document) {
-  build_lookup(filenames_, document, data_keys::kFilenames);
-  build_lookup(extnames_, document, data_keys::kExtnames);
-  build_lookup(interpreters_, document, data_keys::kInterpreters);
+  build_lookup(filenames_, filename_lists_, document, data_keys::kFilenames);
+  build_lookup(extnames_, extname_lists_, document, data_keys::kExtnames);
+  build_lookup(interpreters_, interpreter_lists_, document, data_keys::kInterpreters);
   // Sorted once so that identification can test membership by binary search.
   std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }

@@ -7,11 +7,14 @@
 #include <vector>
 
 #include "classify/classifier.h"
+#include "engine/option_defaults.h"
 #include "tokenize/tokenizer.h"
 
 namespace quillon::lingomat {
 
 using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less<>>;
+// One name lookup as the data file lists it: each language with its names, both in file order.
+using LanguageNames = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 // The part of a file name that the extension lookup uses: from its last '.', dot included;
 // empty when there is none.
@@ -28,6 +31,22 @@ class Lingomat {
     Tokenizer::Opts tokenizer;
     Classifier::Opts classifier;
     std::vector<std::string> restrictions;  // empty: every language allowed
+  };
+
+  // The classifier's two floors: it stays silent below `min_tokens` tokens (0: no minimum),
+  // and a language scoring below `min_score_per_token` per token is dropped (exactly 0.0: no
+  // such floor).
+  struct Floors {
+    std::uint64_t min_tokens = defaults::kMinTokens;
+    double min_score_per_token = defaults::kMinScorePerToken;
+  };
+  // The floors for each kind of classifier question: ranking the candidates that the file's
+  // name or interpreter gave, or naming a text from its content alone. The options' own
+  // min_tokens still silences the classifier first, so lower ones need an engine created
+  // with a lower one.
+  struct FloorPolicy {
+    Floors among_candidates;
+    Floors content_only;
   };
 
   // Everything one identification went through, in the order the pipeline met it.
@@ -49,6 +68,7 @@ class Lingomat {
     std::uint64_t token_count = 0;
     Ranking ranking;  // the classifier's ranking before the per-token floor
     Ranking kept;     // what the floor kept
+    Floors floors;    // the floors that applied
     std::string answer;
     Reason reason = Reason::kNone;
   };
@@ -61,6 +81,16 @@ class Lingomat {
   // The same identification, recorded step by step; its answer is identify()'s. The
   // classifier also runs when a single candidate makes it moot, so its view is recorded too.
   Trace trace(std::string_view file_name, std::string_view code) const;
+  // The same two with floors chosen per kind of question instead of the options' floors.
+  std::string identify(std::string_view file_name, std::string_view code,
+                       const FloorPolicy& floors) const;
+  Trace trace(std::string_view file_name, std::string_view code, const FloorPolicy& floors) const;
+  // The options' floors, for every kind of question.
+  FloorPolicy default_floors() const;
+
+  // The candidates the name strategies give, in pipeline order, less those the restrictions
+  // exclude: empty when the classifier would answer from content alone.
+  std::vector<std::string> candidates(std::string_view file_name, std::string_view code) const;
 
   std::vector<std::string> identify_by_filename(std::string_view file_name) const;
   std::vector<std::string> identify_by_shebang(std::string_view code) const;
@@ -74,23 +104,33 @@ class Lingomat {
   const Opts& opts() const { return opts_; }
   const Tokenizer& tokenizer() const { return tokenizer_; }
   const Classifier& classifier() const { return classifier_; }
+  // The three lookups as the data file lists them, for hosts that describe the languages.
+  const LanguageNames& filenames_by_language() const { return filename_lists_; }
+  const LanguageNames& extnames_by_language() const { return extname_lists_; }
+  const LanguageNames& interpreters_by_language() const { return interpreter_lists_; }
 
  private:
   // Builds everything from the one parse of the data file.
   Lingomat(const Opts& opts, const JsonValue& document);
 
   // The pipeline behind identify() and trace(); records into `trace` when it is not null.
-  std::string decide(std::string_view file_name, std::string_view code, Trace* trace) const;
+  std::string decide(std::string_view file_name, std::string_view code, const FloorPolicy& floors,
+                     Trace* trace) const;
   std::vector<std::string> identify_by_interpreter(std::string_view interpreter) const;
+  // Removes the names the restrictions exclude, keeping the order of the others.
+  void restrict(std::vector<std::string>& names) const;
   // The classifier strategy; also hands out the ranking before the floor and the token
   // count when asked for them.
   Ranking rank(std::string_view code, const std::vector<std::string>& candidates,
-               Ranking* before_floor, std::uint64_t* token_count) const;
+               const Floors& floors, Ranking* before_floor, std::uint64_t* token_count) const;
 
   Opts opts_;
   LanguageLookup filenames_;
   LanguageLookup extnames_;
   LanguageLookup interpreters_;
+  LanguageNames filename_lists_;
+  LanguageNames extname_lists_;
+  LanguageNames interpreter_lists_;
   Tokenizer tokenizer_;
   Classifier classifier_;
 };

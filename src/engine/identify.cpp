@@ -19,23 +19,31 @@ std::vector<std::string> Lingomat::default_restrictions() const {
   return apply_restrictions() ? opts_.restrictions : classifier_.languages();
 }
 
+Lingomat::FloorPolicy Lingomat::default_floors() const {
+  const Floors floors{opts_.classifier.min_tokens, opts_.classifier.min_score_per_token};
+  return FloorPolicy{floors, floors};
+}
+
 Ranking Lingomat::identify_by_classifier(std::string_view code,
                                          const std::vector<std::string>& candidates) const {
-  return rank(code, candidates, nullptr, nullptr);
+  return rank(code, candidates, default_floors().content_only, nullptr, nullptr);
 }
 
 Ranking Lingomat::rank(std::string_view code, const std::vector<std::string>& candidates,
-                       Ranking* before_floor, std::uint64_t* token_count) const {
+                       const Floors& floors, Ranking* before_floor,
+                       std::uint64_t* token_count) const {
   // No candidates and no restrictions: every language, without copying their names first.
   const std::vector<std::string>* names = &candidates;
   if (candidates.empty()) names = apply_restrictions() ? &opts_.restrictions : nullptr;
   TextScorer scorer(classifier_, names);
   tokenizer_.extract_tokens(code, scorer);
   if (token_count != nullptr) *token_count = scorer.count();
+  // The classifier applies the options' minimum itself; a caller's higher one is checked here.
+  if (floors.min_tokens != 0 && scorer.count() < floors.min_tokens) return Ranking();
   Ranking ranking = classifier_.classify(scorer);
   if (before_floor != nullptr) *before_floor = ranking;
 
-  const double floor = opts_.classifier.min_score_per_token;
+  const double floor = floors.min_score_per_token;
   if (floor != 0.0) {  // -0.0 compares equal too, and also switches the floor off
     const double count = static_cast<double>(scorer.count());
     // A NaN score per token compares false and is kept.
@@ -46,18 +54,47 @@ Ranking Lingomat::rank(std::string_view code, const std::vector<std::string>& ca
   return ranking;
 }
 
+void Lingomat::restrict(std::vector<std::string>& names) const {
+  if (!apply_restrictions()) return;
+  const auto& allowed = opts_.restrictions;
+  names.erase(std::remove_if(names.begin(), names.end(),
+                             [&](const std::string& name) {
+                               return !std::binary_search(allowed.begin(), allowed.end(), name);
+                             }),
+              names.end());
+}
+
+std::vector<std::string> Lingomat::candidates(std::string_view file_name,
+                                              std::string_view code) const {
+  std::vector<std::string> names = identify_by_filename(file_name);
+  append(names, identify_by_shebang(code));
+  append(names, identify_by_extension(file_name));
+  restrict(names);
+  return names;
+}
+
 std::string Lingomat::identify(std::string_view file_name, std::string_view code) const {
-  return decide(file_name, code, nullptr);
+  return decide(file_name, code, default_floors(), nullptr);
 }
 
 Lingomat::Trace Lingomat::trace(std::string_view file_name, std::string_view code) const {
+  return trace(file_name, code, default_floors());
+}
+
+std::string Lingomat::identify(std::string_view file_name, std::string_view code,
+                               const FloorPolicy& floors) const {
+  return decide(file_name, code, floors, nullptr);
+}
+
+Lingomat::Trace Lingomat::trace(std::string_view file_name, std::string_view code,
+                                const FloorPolicy& floors) const {
   Trace trace;
-  decide(file_name, code, &trace);
+  decide(file_name, code, floors, &trace);
   return trace;
 }
 
 std::string Lingomat::decide(std::string_view file_name, std::string_view code,
-                             Trace* trace) const {
+                             const FloorPolicy& floors, Trace* trace) const {
   std::vector<std::string> candidates = identify_by_filename(file_name);
   // A view: the "#!" line may be as long as the text.
   const std::string_view interpreter = tokenizer_.shebang_view(code);
@@ -72,16 +109,7 @@ std::string Lingomat::decide(std::string_view file_name, std::string_view code,
   }
   append(candidates, std::move(by_interpreter));
   append(candidates, std::move(by_extension));
-
-  if (apply_restrictions()) {
-    const auto& allowed = opts_.restrictions;
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
-                                    [&](const std::string& name) {
-                                      return !std::binary_search(allowed.begin(), allowed.end(),
-                                                                 name);
-                                    }),
-                     candidates.end());
-  }
+  restrict(candidates);
 
   // One candidate, however often listed, is the answer whatever the classifier says; only a
   // trace asks the classifier anyway.
@@ -91,7 +119,8 @@ std::string Lingomat::decide(std::string_view file_name, std::string_view code,
                   [&](const std::string& name) { return name == candidates.front(); });
   if (only_candidate && trace == nullptr) return candidates.front();
 
-  Ranking kept = rank(code, candidates, trace != nullptr ? &trace->ranking : nullptr,
+  const Floors& applied = candidates.empty() ? floors.content_only : floors.among_candidates;
+  Ranking kept = rank(code, candidates, applied, trace != nullptr ? &trace->ranking : nullptr,
                       trace != nullptr ? &trace->token_count : nullptr);
   std::string answer;
   Trace::Reason reason = Trace::Reason::kNone;
@@ -109,6 +138,7 @@ std::string Lingomat::decide(std::string_view file_name, std::string_view code,
   if (trace != nullptr) {
     trace->candidates = std::move(candidates);
     trace->kept = std::move(kept);
+    trace->floors = applied;
     trace->answer = answer;
     trace->reason = reason;
   }

@@ -7,13 +7,19 @@ cli=$2
 data=$3
 completion=$4
 
-for page in "$man_dir"/lingomat.1 "$man_dir"/lingomat-train.1 "$man_dir"/lingomat-eval.1; do
+for page in "$man_dir"/lingomat.1 "$man_dir"/lingomat-train.1 "$man_dir"/lingomat-eval.1 \
+  "$man_dir"/lingomat-check.1; do
   help="${page}.help"
   # The roff with its escapes undone; a fresh machine may have no man program.
   rendered=$(sed 's/\\-/-/g; s/\\f[BRI]//g; s/\\e/\\/g' "$page")
   for option in $(grep -oE -- '--[a-z][a-z-]*' "$help" | sort -u); do
     grep -qF -- "$option" <<<"$rendered" || { echo "$page: $option missing" >&2; exit 1; }
   done
+done
+
+# The tool's page says where the data file is looked for, and shows examples.
+for section in FILES EXAMPLES; do
+  grep -qx ".SH $section" "$man_dir"/lingomat.1 || { echo "lingomat.1: no $section" >&2; exit 1; }
 done
 
 # The completion runs the tool by the name typed; a wrapper gives it the test's data file.

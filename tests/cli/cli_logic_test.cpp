@@ -7,6 +7,8 @@
 
 #include "cli_options.h"
 #include "explanation.h"
+#include "language_catalog.h"
+#include "prose_test.h"
 
 namespace quillon::lingomat::cli {
 namespace {
@@ -52,13 +54,6 @@ TEST(CliCommandLine, RefusesBadInputNamingTheOption) {
   EXPECT_EQ(parse({"--version"}).action, CommandAction::kVersion);
 }
 
-Lingomat::Opts floors(std::uint64_t min_tokens, double min_score) {
-  Lingomat::Opts opts;
-  opts.classifier.min_tokens = min_tokens;
-  opts.classifier.min_score_per_token = min_score;
-  return opts;
-}
-
 TEST(CliExplanation, CopiesTheRecordAndShowsTheBestLanguagesOnce) {
   Lingomat::Trace trace;
   trace.by_filename = {"Make"};
@@ -72,8 +67,9 @@ TEST(CliExplanation, CopiesTheRecordAndShowsTheBestLanguagesOnce) {
   trace.kept = {{"Cpp", -20.0}, {"Cpp", -20.0}, {"C", -50.0}};
   trace.answer = "Cpp";
   trace.reason = Lingomat::Trace::Reason::kClassifier;
+  trace.floors = {40, -8.0};
 
-  const Evidence evidence = explain_identification(trace, "Makefile.h", floors(40, -8.0));
+  const Evidence evidence = explain_identification(trace, "Makefile.h");
   EXPECT_EQ(evidence.name, "Makefile.h");
   EXPECT_EQ(evidence.by_filename, trace.by_filename);
   EXPECT_EQ(evidence.interpreter, "ruby");
@@ -98,16 +94,44 @@ TEST(CliExplanation, NamesTheDecisionFromTheEnginesReason) {
   Lingomat::Trace trace;
   trace.answer = "Python";
   trace.reason = Reason::kFirstCandidate;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "first candidate");
+  EXPECT_EQ(explain_identification(trace, "").decision, "first candidate");
   // A single candidate that the classifier could not confirm, then one that it did.
   trace.reason = Reason::kOnlyCandidate;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "first candidate");
+  EXPECT_EQ(explain_identification(trace, "").decision, "first candidate");
   trace.kept = {{"Python", -3.0}};
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "classifier");
+  EXPECT_EQ(explain_identification(trace, "").decision, "classifier");
   trace.answer.clear();
   trace.kept.clear();
   trace.reason = Reason::kNone;
-  EXPECT_EQ(explain_identification(trace, "", {}).decision, "none");
+  EXPECT_EQ(explain_identification(trace, "").decision, "none");
+}
+
+TEST(CliProse, FunctionWordsMarkProseNotCode) {
+  EXPECT_TRUE(
+      reads_as_prose("This program is free software; you can redistribute it and/or "
+                     "modify it under the terms of the licence."));
+  EXPECT_FALSE(reads_as_prose("for (int i = 0; i < count; ++i) total += values[i];\n"));
+  EXPECT_FALSE(reads_as_prose(""));
+  EXPECT_FALSE(reads_as_prose("1,2,3\n4,5,6\n"));
+  // Three function words in ten is prose, two is not; case does not matter.
+  EXPECT_TRUE(reads_as_prose("THE Of AND alpha beta gamma delta epsilon zeta eta"));
+  EXPECT_FALSE(reads_as_prose("the of alpha beta gamma delta epsilon zeta eta theta"));
+  // Only the window the engine reads counts.
+  const std::string code_then_prose =
+      std::string(kProseWindow, ';') + " the of and the of and the of and";
+  EXPECT_FALSE(reads_as_prose(code_then_prose));
+}
+
+// The catalog the tool lists comes from the engine; it must be the data file's, entry for
+// entry and in file order, as a direct reading of the file gives it.
+TEST(CliCatalog, FromTheEngineEqualsTheDataFile) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = LINGOMAT_SOURCE_TREE_DATA;
+  const Lingomat engine(opts);
+  const std::vector<LanguageEntry> from_engine = language_catalog(engine);
+  const std::vector<LanguageEntry> from_file = read_language_catalog(LINGOMAT_SOURCE_TREE_DATA);
+  ASSERT_EQ(from_engine.size(), from_file.size());
+  EXPECT_EQ(catalog_json_lines(from_engine), catalog_json_lines(from_file));
 }
 
 }  // namespace

@@ -133,7 +133,7 @@ TEST_F(OutputTest, JsonEvidenceShowsStrategiesAndRanking) {
 }
 
 TEST_F(OutputTest, ExplanationMarksLanguagesBelowTheFloor) {
-  const std::string file = write_file("x.al", words("beta", 50));
+  const std::string file = write_file("x", words("beta", 50));
   // Beta scores about -0.24 per token, Alpha about -5.3: a floor of -1 drops Alpha only.
   const CliRun result = run_with_data({"--json", "--explain", "--min-score", "-1", file});
   const auto document = parse_json(lines_of(result.out).at(0));
@@ -145,25 +145,33 @@ TEST_F(OutputTest, ExplanationMarksLanguagesBelowTheFloor) {
 
 // The explanation reports what identify() did, restrictions and floor included.
 TEST_F(OutputTest, ExplanationAgreesWithTheAnswerUnderOnly) {
-  const std::string file = write_file("x.al", words("alpha", 50));
+  const std::string file = write_file("x", words("alpha", 50));
   const CliRun result =
       run_with_data({"--json", "--explain", "--only", "Beta", "--min-score", "-1", file});
   ASSERT_EQ(result.exit_code, 0) << result.err;
   const auto document = parse_json(lines_of(result.out).at(0));
   const auto& evidence = document["evidence"];
-  ASSERT_EQ(evidence["candidates"].Size(), 1u);
-  EXPECT_STREQ(evidence["candidates"][0].GetString(), "Beta");
+  EXPECT_EQ(evidence["candidates"].Size(), 0u);
+  EXPECT_DOUBLE_EQ(evidence["min_score_per_token"].GetDouble(), -1.0);
   const auto& ranking = evidence["ranking"];
   ASSERT_EQ(ranking.Size(), 1u);
   EXPECT_STREQ(ranking[0]["language"].GetString(), "Beta");
   // "alpha" is unseen in Beta: about -5.3 per token, below the floor of -1.
   EXPECT_FALSE(ranking[0]["above_floor"].GetBool());
-  EXPECT_STREQ(document["language"].GetString(), "Beta");
-  EXPECT_STREQ(evidence["decision"].GetString(), "first candidate");
+  EXPECT_TRUE(document["language"].IsNull());
+  EXPECT_STREQ(evidence["decision"].GetString(), "none");
+  // Among name candidates that floor does not apply.
+  const std::string named = write_file("x.al", words("alpha", 50));
+  const auto with_name = parse_json(
+      lines_of(
+          run_with_data({"--json", "--explain", "--only", "Beta", "--min-score", "-1", named}).out)
+          .at(0));
+  EXPECT_DOUBLE_EQ(with_name["evidence"]["min_score_per_token"].GetDouble(), 0.0);
+  EXPECT_STREQ(with_name["evidence"]["decision"].GetString(), "classifier");
 }
 
 TEST_F(OutputTest, TextExplanationFollowsEachLine) {
-  const std::string short_file = write_file("Alphafile", "hi\n");
+  const std::string short_file = write_file("Alphafile", " \n");
   const CliRun result = run_with_data({"--explain", short_file});
   ASSERT_EQ(result.exit_code, 0) << result.err;
   const auto lines = lines_of(result.out);

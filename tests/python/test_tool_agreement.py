@@ -11,8 +11,8 @@ import lingomat
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
 TOOL = os.environ.get("LINGOMAT_TOOL", os.path.join(ROOT, "build", "tools", "cli", "lingomat"))
-# The library's floors, which the tool's defaults relax.
-STRICT = ["--min-tokens", "40", "--min-score", "-8"]
+# The library's floors, applied as the library applies them.
+STRICT = ["--same-floors", "--min-tokens", "40", "--min-score", "-8"]
 
 
 def tool_records(*args):

@@ -22,6 +22,27 @@ constexpr const char* kExitStatus =
     "or the output could not be written, 2 for a usage error or a data file that\n"
     "cannot be loaded.\n";
 
+// Where the data file is looked for without --data (data_file_locator.cpp), and a few uses.
+std::string files_and_examples() {
+  return std::string(
+             "\n"
+             "Files:\n"
+             "  lingomat.json  The data file, unless --data names one: the first that\n"
+             "                 exists of ") +
+         LINGOMAT_DATA_FROM_BINDIR + " (from the\n                 binary's folder), " +
+         LINGOMAT_INSTALLED_DATA +
+         ",\n                 and, for a binary still in its build tree, the source\n"
+         "                 tree's data/lingomat.json.\n"
+         "\n"
+         "Examples:\n"
+         "  lingomat src/main.c             The language of one file.\n"
+         "  lingomat --summary .            Languages of a tree, by files and bytes.\n"
+         "  lingomat --explain notes        Why a file got its answer, or none.\n"
+         "  git ls-files -z | lingomat -0 --files-from -\n"
+         "                                  The files git tracks, NUL-separated.\n"
+         "  lingomat --name x.py -          Standard input, named as a Python file.\n";
+}
+
 std::string with_default(const std::string& text, const std::string& shown) {
   return text + " (default " + shown + ").";
 }
@@ -58,13 +79,19 @@ tools::OptionParser option_parser(CliOptions& options) {
       with_default("Stop tokenizing at N tokens; 0: no limit", std::to_string(kDefaultMaxTokens)),
       &options.max_tokens);
   parser.add_uint("min-tokens", "N",
-                  with_default("Fewer tokens give no classifier answer; 0: no minimum",
+                  with_default("Fewer tokens give no answer from content alone; 0: no minimum",
                                std::to_string(kDefaultMinTokens)),
                   &options.min_tokens);
-  parser.add_double("min-score", "X",
-                    with_default("Drop classifier answers scoring below X per token; 0: off",
-                                 tools::OptionParser::format_default(kDefaultMinScore)),
-                    &options.min_score);
+  parser.add_double(
+      "min-score", "X",
+      with_default("Drop answers from content alone scoring below X per token; 0: off",
+                   tools::OptionParser::format_default(kDefaultMinScore)),
+      &options.min_score);
+  parser.add_flag("same-floors",
+                  "Apply --min-tokens and --min-score among the candidates a name gives too, "
+                  "and give prose no floor of its own, as the library does (with "
+                  "--min-tokens 40 --min-score -8: the library's answers).",
+                  &options.same_floors);
 
   parser.add_section("Walking directories");
   parser.add_string("files-from", "FILE",
@@ -93,7 +120,7 @@ tools::OptionParser option_parser(CliOptions& options) {
   parser.add_uint("jobs", "N", "Worker threads (default: one per core).", &options.jobs, 1,
                   kMaxJobs);
   parser.add_alias('j', "jobs");
-  parser.set_epilogue(kExitStatus);
+  parser.set_epilogue(kExitStatus + files_and_examples());
   return parser;
 }
 

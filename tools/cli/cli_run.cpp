@@ -107,8 +107,7 @@ int run_identification(const CliOptions& options) {
   const LoadedEngine loaded = load_engine(options, data_file);
   if (!loaded.engine) throw tools::ToolError(loaded.error, kExitUsageOrData);
   if (options.list_languages || !options.only.empty()) {
-    // The engine has just read this file, so it parses.
-    const std::vector<LanguageEntry> catalog = read_language_catalog(data_file);
+    const std::vector<LanguageEntry> catalog = language_catalog(*loaded.engine);
     if (options.list_languages) {
       write_out(options.json ? catalog_json_lines(catalog) : catalog_text(catalog));
       finish_output();
@@ -133,6 +132,8 @@ int run_identification(const CliOptions& options) {
   RunSettings settings;
   settings.jobs = worker_count(options);
   settings.explain = options.explain;
+  settings.floors = floor_policy(options);
+  settings.prose_floor = !options.same_floors;
   identify_all(
       *loaded.engine, items, settings,
       [&](const InputItem& item, FileResult result) {

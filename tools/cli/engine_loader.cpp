@@ -1,5 +1,7 @@
 #include "engine_loader.h"
 
+#include <algorithm>
+
 #include "common/file_io.h"
 #include "engine/status.h"
 
@@ -15,6 +17,11 @@ std::string failure(const char* status, const std::string& data_file, const std:
 
 }  // namespace
 
+Lingomat::FloorPolicy floor_policy(const CliOptions& options) {
+  const Lingomat::Floors content_only{options.min_tokens, options.min_score};
+  return {options.same_floors ? content_only : kCandidateFloors, content_only};
+}
+
 LoadedEngine load_engine(const CliOptions& options, const std::string& data_file) {
   LoadedEngine loaded;
   // The stream failure the engine raises carries no reason; find one first.
@@ -27,7 +34,11 @@ LoadedEngine load_engine(const CliOptions& options, const std::string& data_file
   opts.tokenizer.max_bytes = options.max_bytes;
   opts.tokenizer.max_tokens = options.max_tokens;
   opts.classifier.data_file = data_file;
-  opts.classifier.min_tokens = options.min_tokens;
+  // The per-call floors decide; the classifier's own minimum must not pre-empt either.
+  const Lingomat::FloorPolicy floors = floor_policy(options);
+  const std::uint64_t lower = floors.among_candidates.min_tokens;
+  const std::uint64_t content = floors.content_only.min_tokens;
+  opts.classifier.min_tokens = lower == 0 || content == 0 ? 0 : std::min(lower, content);
   opts.classifier.min_score_per_token = options.min_score;
   opts.restrictions = options.only;
   try {

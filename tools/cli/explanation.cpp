@@ -53,8 +53,7 @@ const char* decision_of(const Lingomat::Trace& trace) {
 
 }  // namespace
 
-Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name,
-                                const Lingomat::Opts& opts) {
+Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name) {
   Evidence evidence;
   evidence.name = name;
   evidence.by_filename = trace.by_filename;
@@ -64,8 +63,8 @@ Evidence explain_identification(const Lingomat::Trace& trace, const std::string&
   evidence.by_extension = trace.by_extension;
   evidence.candidates = trace.candidates;
   evidence.token_count = trace.token_count;
-  evidence.min_tokens = opts.classifier.min_tokens;
-  evidence.min_score_per_token = opts.classifier.min_score_per_token;
+  evidence.min_tokens = trace.floors.min_tokens;
+  evidence.min_score_per_token = trace.floors.min_score_per_token;
   evidence.ranking = top_languages(trace.ranking, trace.kept, trace.token_count);
   evidence.decision = decision_of(trace);
   return evidence;

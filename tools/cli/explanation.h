@@ -35,9 +35,8 @@ struct Evidence {
   std::string decision;                 // "classifier", "first candidate" or "none"
 };
 
-// The engine's own record of one identification, as the tool shows it. `name` is the file
-// name the engine was given; `opts` are its options.
-Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name,
-                                const Lingomat::Opts& opts);
+// The engine's own record of one identification, as the tool shows it, with the floors that
+// applied to it. `name` is the file name the engine was given.
+Evidence explain_identification(const Lingomat::Trace& trace, const std::string& name);
 
 }  // namespace quillon::lingomat::cli

@@ -8,10 +8,12 @@
 
 #include <unistd.h>
 
+#include "cli_options.h"
 #include "common/input_text.h"
 #include "common/parallel.h"
 #include "input/identification_text.h"
 #include "json/file_descriptor.h"
+#include "prose_test.h"
 #include "walked_file.h"
 
 namespace quillon::lingomat::cli {
@@ -33,7 +35,19 @@ tools::InputResult open_walked_input(const InputItem& item, const Tokenizer& tok
   return tools::open_input_descriptor(file.get(), true, &tokenizer);
 }
 
-FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool explain) {
+// Prose that nothing names gets the stricter prose floor; a floor that is off stays off.
+Lingomat::FloorPolicy floors_for(const Lingomat& engine, std::string_view name,
+                                 std::string_view text, Lingomat::FloorPolicy floors) {
+  double& floor = floors.content_only.min_score_per_token;
+  if (floor != 0.0 && floor < kProseMinScore && engine.candidates(name, text).empty() &&
+      reads_as_prose(text)) {
+    floor = kProseMinScore;
+  }
+  return floors;
+}
+
+FileResult identify_checked(const Lingomat& engine, const InputItem& item,
+                            const RunSettings& settings) {
   if (item.list_error != 0) {
     return failure(std::generic_category().message(item.list_error));
   }
@@ -54,22 +68,25 @@ FileResult identify_checked(const Lingomat& engine, const InputItem& item, bool 
   // UTF-16 is converted only as far as the engine reads.
   const IdentificationText prepared(read.text, tokenizer);
   const std::string_view text = prepared.view();
-  if (explain) {
+  const Lingomat::FloorPolicy floors =
+      settings.prose_floor ? floors_for(engine, item.name, text, settings.floors) : settings.floors;
+  if (settings.explain) {
     // One run of the pipeline gives both the answer and its explanation.
-    const Lingomat::Trace trace = engine.trace(item.name, text);
+    const Lingomat::Trace trace = engine.trace(item.name, text, floors);
     result.language = trace.answer;
-    result.evidence = explain_identification(trace, item.name, engine.opts());
+    result.evidence = explain_identification(trace, item.name);
   } else {
-    result.language = engine.identify(item.name, text);
+    result.language = engine.identify(item.name, text, floors);
   }
   result.outcome = FileOutcome::kIdentified;
   return result;
 }
 
-FileResult identify_item(const Lingomat& engine, const InputItem& item, bool explain) {
+FileResult identify_item(const Lingomat& engine, const InputItem& item,
+                         const RunSettings& settings) {
   // One file running out of memory (or tripping the engine) must not end the others.
   try {
-    return identify_checked(engine, item, explain);
+    return identify_checked(engine, item, settings);
   } catch (const std::bad_alloc&) {
     return failure("out of memory");
   } catch (const std::exception& e) {
@@ -106,7 +123,7 @@ void identify_all(const Lingomat& engine, const std::vector<InputItem>& items,
   tools::run_parallel(
       total, settings.jobs,
       [&](std::size_t index, unsigned) {
-        FileResult result = identify_item(engine, items[index], settings.explain);
+        FileResult result = identify_item(engine, items[index], settings);
         std::lock_guard<std::mutex> lock(mutex);
         slots[index] = std::move(result);
       },

@@ -26,6 +26,8 @@ struct FileResult {
 struct RunSettings {
   unsigned jobs = 1;
   bool explain = false;
+  Lingomat::FloorPolicy floors;
+  bool prose_floor = true;  // prose that nothing names needs kProseMinScore
 };
 
 // Called on the caller's thread, in item order.

@@ -37,6 +37,20 @@ void add_lookup(Catalog& catalog, const JsonValue& document, const char* key,
   }
 }
 
+void add_lists(Catalog& catalog, const LanguageNames& lists,
+               std::vector<std::string> LanguageEntry::*field) {
+  for (const auto& [language, names] : lists) {
+    std::vector<std::string>& kept = entry_for(catalog, language).*field;
+    kept.insert(kept.end(), names.begin(), names.end());
+  }
+}
+
+std::vector<LanguageEntry> sorted_entries(Catalog& catalog) {
+  std::vector<LanguageEntry> entries;
+  for (auto& [name, entry] : catalog) entries.push_back(std::move(entry));
+  return entries;
+}
+
 std::string lower(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return text;
@@ -80,9 +94,18 @@ std::vector<LanguageEntry> read_language_catalog(const std::string& data_file) {
   for (const auto& language : languages) {
     entry_for(catalog, json_string(language.name)).has_statistics = true;
   }
-  std::vector<LanguageEntry> entries;
-  for (auto& [name, entry] : catalog) entries.push_back(std::move(entry));
-  return entries;
+  return sorted_entries(catalog);
+}
+
+std::vector<LanguageEntry> language_catalog(const Lingomat& engine) {
+  Catalog catalog;
+  add_lists(catalog, engine.extnames_by_language(), &LanguageEntry::extensions);
+  add_lists(catalog, engine.filenames_by_language(), &LanguageEntry::filenames);
+  add_lists(catalog, engine.interpreters_by_language(), &LanguageEntry::interpreters);
+  for (const std::string& language : engine.classifier().languages()) {
+    entry_for(catalog, language).has_statistics = true;
+  }
+  return sorted_entries(catalog);
 }
 
 std::string catalog_text(const std::vector<LanguageEntry>& catalog) {

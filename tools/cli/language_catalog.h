@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/engine.h"
+
 namespace quillon::lingomat::cli {
 
 // One language the data file knows, by name or by content, and how it is recognised.
@@ -17,6 +19,8 @@ struct LanguageEntry {
 // Every language of the data file, sorted by name (byte order). Throws what the
 // engine would for an unreadable or malformed file.
 std::vector<LanguageEntry> read_language_catalog(const std::string& data_file);
+// The same catalog from an engine's own lookups, with no second parse of the file.
+std::vector<LanguageEntry> language_catalog(const Lingomat& engine);
 
 // The catalog as a text table ("Name<TAB>.ext .ext" per line) or as JSON lines.
 std::string catalog_text(const std::vector<LanguageEntry>& catalog);

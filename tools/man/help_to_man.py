@@ -5,9 +5,10 @@ output), so that the help stays the one source of both.
     lingomat --help | help_to_man.py --name lingomat --version 1.0.0 > lingomat.1
 
 The help's first line is the usage; the lines up to the first blank one describe the tool;
-"Heading:" lines start sections; lines indented up to six spaces that start with "-" or an
-upper-case name name options and arguments, and the text after two spaces, or on the more
-indented lines below, explains them."""
+"Heading:" lines start sections ("Files:" and "Examples:" the man page's own FILES and
+EXAMPLES); lines indented up to six spaces that start with "-" or an upper-case name name
+options and arguments (in FILES and EXAMPLES any such line names a file or a command), and
+the text after two spaces, or on the more indented lines below, explains them."""
 
 import argparse
 import re
@@ -19,12 +20,17 @@ def roff(text):
     return "\\&" + text if text.startswith((".", "'")) else text
 
 
-def is_term(line):
+# Help headings that are sections of a man page of their own.
+MAN_SECTIONS = {"Files": "FILES", "Examples": "EXAMPLES"}
+
+
+def is_term(line, any_word=False):
     """An option or argument name, a little indented; its explanation may follow after two
-    spaces. Explanations that continue on the next lines are indented further."""
+    spaces. Explanations that continue on the next lines are indented further. With
+    `any_word`, any line so indented is a term (a file or a command)."""
     indent = len(line) - len(line.lstrip(" "))
     stripped = line.strip()
-    return 0 < indent <= 6 and (stripped.startswith("-") or
+    return 0 < indent <= 6 and (any_word or stripped.startswith("-") or
                                 re.match(r"[A-Z][A-Z_.]*(\s{2,}|$)", stripped) is not None)
 
 
@@ -40,13 +46,16 @@ def convert(help_text, name, version):
            ".SH NAME", f"{roff(name)} \\- {roff(summary[0].rstrip('.') if summary else name)}",
            ".SH SYNOPSIS", roff(usage), ".SH DESCRIPTION"]
     out.extend(roff(line) for line in summary)
+    in_man_section = False
     for line in lines[index:]:
         stripped = line.strip()
         if not stripped:
             out.append(".PP")
         elif not line.startswith(" ") and stripped.endswith(":"):
-            out.append(".SS " + roff(stripped[:-1]))
-        elif is_term(line):
+            heading = stripped[:-1]
+            in_man_section = heading in MAN_SECTIONS
+            out.append(".SH " + MAN_SECTIONS[heading] if in_man_section else ".SS " + roff(heading))
+        elif is_term(line, in_man_section):
             match = re.match(r"(\S.*?)(?:\s{2,}(.*))?$", stripped)
             term, rest = match.group(1), match.group(2) or ""
             out.extend([".TP", "\\fB" + roff(term) + "\\fR"])
