@@ -12,7 +12,7 @@ if ! [[ "$seconds" =~ ^[0-9]+$ ]] || [ "$seconds" -lt 1 ]; then
   echo "SECONDS_PER_TARGET must be a positive whole number, not '$seconds'" >&2
   exit 2
 fi
-targets=(identify_fuzzer data_file_fuzzer)
+targets=(identify_fuzzer data_file_fuzzer long_input_fuzzer)
 
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DLINGOMAT_BUILD_FUZZERS=ON -DLINGOMAT_BUILD_TESTS=OFF -DLINGOMAT_BUILD_BENCHMARKS=OFF \
