@@ -153,3 +153,27 @@ INSTANTIATE_TEST_SUITE_P(Failures, BoundaryTest,
                          });
 
 }  // namespace
+
+namespace {
+
+// A data file may name a language "": an empty answer still means nothing was identified.
+TEST(EmptyLanguageName, NothingIdentifiedIsNullEvenWhenADataFileNamesALanguageSo) {
+  const TempFile data(R"({"filenames": {}, "extnames": {"": [".x"]}, "interpreters": {},
+    "languages": {"": 1}, "language_tokens": {"": 1}, "tokens": {"": {"a": 1}},
+    "tokens_total": 1, "languages_total": 1})");
+  LingomatOpts opts;
+  lingomatOptsInitWithDefaults(&opts);
+  opts.dataFile = data.path().c_str();
+  opts.restrictions = nullptr;
+  opts.restrictionCount = 0;
+  LingomatHandle handle = nullptr;
+  ASSERT_EQ(lingomatCreate(&handle, &opts), LINGOMAT_SUCCESS);
+  for (const char* name : {"file.x", "file.y"}) {
+    const char* language = "unset";
+    ASSERT_EQ(lingomatIdentifyCode(handle, "a", 1, name, &language), LINGOMAT_SUCCESS);
+    EXPECT_EQ(language, nullptr) << name;
+  }
+  lingomatDestroy(&handle);
+}
+
+}  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 
 #include "json/json_exception.h"
@@ -61,6 +63,7 @@ TEST_F(EngineTest, NameStrategiesReadTheirLookupExactly) {
   EXPECT_EQ(engine.identify_by_extension("SCRIPT.PY"), Names{});
   EXPECT_EQ(engine.identify_by_extension("script"), Names{});
   EXPECT_EQ(engine.identify_by_extension("script.py.bak"), Names{});
+  EXPECT_EQ(engine.identify_by_extension("notes.txt.py"), Names{"Python"});  // the last dot
   EXPECT_EQ(engine.identify_by_extension("build.d/Makefile"), Names{});
   EXPECT_EQ(engine.identify_by_extension(""), Names{});
   EXPECT_EQ(engine.identify_by_shebang("#!/usr/bin/env python3\n"), Names{"Python"});
@@ -130,6 +133,25 @@ TEST_F(EngineTest, ScoreFloorPerToken) {
   EXPECT_EQ(make(opts).identify_by_classifier(unseen, {}).size(), 4u);
   opts.classifier.min_score_per_token = -0.0;
   EXPECT_EQ(make(opts).identify_by_classifier(unseen, {"C", "Nope"}).size(), 1u);
+}
+
+// A score exactly on the floor is kept; the next double above it is not reached.
+TEST_F(EngineTest, AScoreExactlyOnTheFloorIsKept) {
+  Lingomat::Opts opts;
+  opts.classifier.min_tokens = 0;
+  const std::string text = repeat("int x ; ", 20);
+  const Lingomat::Trace trace = make(opts).trace("", text);
+  ASSERT_FALSE(trace.ranking.empty());
+  const double best = trace.ranking.front().second / static_cast<double>(trace.token_count);
+  opts.classifier.min_score_per_token = best;
+  const Ranking kept = make(opts).identify_by_classifier(text, {});
+  ASSERT_FALSE(kept.empty());
+  EXPECT_EQ(kept.front().first, trace.ranking.front().first);
+  opts.classifier.min_score_per_token = std::nextafter(best, 0.0);
+  const Ranking above = make(opts).identify_by_classifier(text, {});
+  EXPECT_TRUE(std::none_of(above.begin(), above.end(), [&](const auto& entry) {
+    return entry.first == trace.ranking.front().first;
+  }));
 }
 
 TEST_F(EngineTest, EmptyTextWithoutMinimumKeepsOnlyZeroScores) {
