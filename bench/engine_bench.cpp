@@ -218,15 +218,10 @@ void BM_GrowthLimitsOff(benchmark::State& state) {
 }
 BENCHMARK(BM_GrowthLimitsOff)->RangeMultiplier(4)->Range(1, 1024)->Unit(benchmark::kMicrosecond);
 
-// Hostile shapes at 1, 4 and 16 MiB with the default limits: time per MiB and the peak
-// resident memory one call adds, per MiB of input.
-void BM_Hostile(benchmark::State& state) {
-  const std::size_t mib = static_cast<std::size_t>(state.range(0));
-  const auto& shape = quillon::lingomat::test_support::hostile_shapes().at(
-      static_cast<std::size_t>(state.range(1)));
-  const std::string text = shape.make(mib << 20);
-  const Lingomat& identifier = engine();
-  // One call first, to see the most heap it holds at once.
+// Identifies `text` repeatedly: time per MiB, and the most heap one call holds at once per
+// MiB of input (from one call before the timed ones).
+void identify_per_mib(benchmark::State& state, const Lingomat& identifier,
+                      const std::string& text) {
   const std::size_t before = g_heap_now;
   g_heap_peak = before;
   benchmark::DoNotOptimize(identifier.identify("", text));
@@ -237,6 +232,17 @@ void BM_Hostile(benchmark::State& state) {
       benchmark::Counter(input_mib * 1e-3, benchmark::Counter::kIsIterationInvariantRate |
                                                benchmark::Counter::kInvert);
   state.counters["heap_x_input"] = peak_mib / input_mib;
+}
+
+// Hostile shapes at 1, 4 and 16 MiB with the default limits: time per MiB and the peak
+// resident memory one call adds, per MiB of input.
+void BM_Hostile(benchmark::State& state) {
+  const std::size_t mib = static_cast<std::size_t>(state.range(0));
+  const auto& shape = quillon::lingomat::test_support::hostile_shapes().at(
+      static_cast<std::size_t>(state.range(1)));
+  const std::string text = shape.make(mib << 20);
+  const Lingomat& identifier = engine();
+  identify_per_mib(state, identifier, text);
   state.SetLabel(shape.name);
 }
 BENCHMARK(BM_Hostile)
@@ -274,16 +280,7 @@ void BM_TagOfKnownWords(benchmark::State& state) {
     if (word) text.append(token).push_back(' ');
   }
   text += ">";
-  const std::size_t before = g_heap_now;
-  g_heap_peak = before;
-  benchmark::DoNotOptimize(identifier.identify("", text));
-  const double peak_mib = static_cast<double>(g_heap_peak - before) / (1024.0 * 1024.0);
-  for (auto _ : state) benchmark::DoNotOptimize(identifier.identify("", text));
-  const double input_mib = static_cast<double>(text.size()) / (1024.0 * 1024.0);
-  state.counters["ms_per_MiB"] =
-      benchmark::Counter(input_mib * 1e-3, benchmark::Counter::kIsIterationInvariantRate |
-                                               benchmark::Counter::kInvert);
-  state.counters["heap_x_input"] = peak_mib / input_mib;
+  identify_per_mib(state, identifier, text);
 }
 BENCHMARK(BM_TagOfKnownWords)->Arg(1)->Arg(4)->MinTime(0.2)->Unit(benchmark::kMillisecond);
 
