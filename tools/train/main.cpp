@@ -56,6 +56,10 @@ int train(int argc, char** argv) {
   parser.add_uint("min-count", "N",
                   "Drop a language's tokens seen fewer than N times in it (default 1: keep all).",
                   &config.min_count, 1);
+  parser.add_uint("min-projects", "N",
+                  "Drop a language's tokens used by fewer than N of its projects (of its files "
+                  "when it has one project; default 1: keep all).",
+                  &config.min_projects, 1, 1000000);
   parser.add_uint("max-tokens-per-language", "N",
                   "Keep at most the N most frequent distinct tokens per language (default: all).",
                   &config.max_tokens_per_language);

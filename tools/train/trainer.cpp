@@ -10,6 +10,7 @@
 #include "common/samples_tree.h"
 #include "train/data_file_writer.h"
 #include "train/discriminative.h"
+#include "train/project_spread.h"
 #include "train/sample_selection.h"
 #include "train/token_statistics.h"
 
@@ -31,9 +32,12 @@ TrainSummary run_training(const TrainConfig& config) {
       select_training_set(definitions, walk_samples(config.samples_root), config);
 
   const Tokenizer tokenizer(config.tokenizer);
-  std::vector<LanguageStatistics> statistics =
-      count_tokens(set.files, tokenizer, config.threads, config.max_repeats,
-                   config.progress ? terminal_progress("tokenizing") : ProgressFn());
+  // Read once: the counts, the project spread and the re-estimation all use these.
+  const std::vector<SampleTokens> samples =
+      read_sample_tokens(set.files, tokenizer, config.threads, config.max_repeats,
+                         config.progress ? terminal_progress("tokenizing") : ProgressFn());
+  std::vector<LanguageStatistics> statistics = tally_samples(samples, set.files.size());
+  prune_by_project_spread(statistics, samples, config.min_projects);
 
   TrainSummary summary;
   summary.languages = set.languages.size();
@@ -54,9 +58,6 @@ TrainSummary run_training(const TrainConfig& config) {
 
   DiscriminativeRecord record;
   if (config.discriminative.epochs > 0) {
-    const std::vector<SampleTokens> samples =
-        read_sample_tokens(set.files, tokenizer, config.threads, config.max_repeats,
-                           config.progress ? terminal_progress("re-reading") : ProgressFn());
     DiscriminativeReport report;
     statistics = train_discriminatively(statistics, config.calibration, samples,
                                         config.discriminative, report);
