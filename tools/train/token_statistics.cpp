@@ -51,6 +51,21 @@ std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<Sampl
                        files.size());
 }
 
+std::vector<std::string> long_singletons(const LanguageStatistics& statistics,
+                                         std::uint64_t max_bytes) {
+  std::vector<std::string> tokens;
+  if (max_bytes == 0) return tokens;
+  for (const auto& [token, count] : statistics.counts) {
+    if (count == 1 && token.size() > max_bytes) tokens.push_back(token);
+  }
+  return tokens;
+}
+
+void drop_tokens(LanguageStatistics& statistics, const std::vector<std::string>& tokens) {
+  for (const std::string& token : tokens)
+    statistics.pruned_tokens += statistics.counts.erase(token);
+}
+
 void prune_tokens(LanguageStatistics& statistics, std::uint64_t min_count,
                   std::uint64_t max_distinct) {
   const std::size_t before = statistics.counts.size();

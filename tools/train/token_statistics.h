@@ -42,6 +42,15 @@ std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<Sampl
 void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
                 std::uint64_t max_repeats = 0);
 
+// The tokens seen exactly once that are longer than `max_bytes` bytes (0: none).
+// Short ones are mostly shared vocabulary that files of other projects meet
+// again; long ones mostly one file's identifiers and strings.
+std::vector<std::string> long_singletons(const LanguageStatistics& statistics,
+                                         std::uint64_t max_bytes);
+
+// Removes `tokens` from the counts; the tokens total stays as it was.
+void drop_tokens(LanguageStatistics& statistics, const std::vector<std::string>& tokens);
+
 // Drops tokens seen fewer than `min_count` times, then keeps at most
 // `max_distinct` tokens (0: all): the most frequent, ties by token bytes.
 void prune_tokens(LanguageStatistics& statistics, std::uint64_t min_count,
