@@ -29,7 +29,9 @@ def strict():
 def utf16_tree(tmp_path):
     """Python, C and shell sources as UTF-16 (both byte orders), one long enough that the
     decoding stops early, and binary files the walk skips."""
-    python = "import os\n\ndef main():\n    return os.getcwd()\n" * 30
+    python = ("import os\n\n\nclass Lister:\n    def __init__(self, root):\n        self.root = root\n\n"
+              "    def names(self):\n        try:\n            return sorted(os.listdir(self.root))\n"
+              "        except OSError:\n            return []\n") * 8
     c_source = "/* a comment that runs on */\n#include <stdio.h>\nint main(void) { return 0; }\n"
     files = {
         "le.py.txt": python.encode("utf-16-le"),

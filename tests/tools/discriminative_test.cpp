@@ -120,7 +120,8 @@ TEST(DiscriminativeTest, WithoutErrorsTheCountedWeightsAreKeptWithinResolution) 
       const double intended = std::log(3.0 * double(count) / double(statistics[language].tokens));
       const double written =
           std::log(double(adjusted[language].counts.at(token)) / double(adjusted[language].tokens));
-      EXPECT_NEAR(written, intended, 1e-3) << token;
+      // Counts are rounded at a resolution of 1/200.
+      EXPECT_NEAR(written, intended, 6e-3) << token;
     }
   }
 }

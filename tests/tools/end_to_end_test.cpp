@@ -153,6 +153,19 @@ TEST_F(EndToEndTest, EvalSeparatesNoAnswerFromWrongAnswers) {
   EXPECT_EQ(named["wrong"].GetInt() + named["no_answer"].GetInt() + named["correct"].GetInt(), 12);
 }
 
+TEST_F(EndToEndTest, EvalRestrictTellsTheEngineWhichLanguagesArePossible) {
+  train_ok({}, output());
+  // With only Shell allowed and no floor, every content answer must be Shell.
+  const CommandResult result = evaluate(
+      {"--only", "Shell", "--restrict", "--min-tokens", "1", "--min-score", "0", "--json"});
+  ASSERT_EQ(result.status, 0) << result.err;
+  const auto& content = parse_strict(result.out)["modes"][0];
+  EXPECT_GT(content["files"].GetInt(), 0);
+  EXPECT_EQ(content["correct"].GetInt(), content["files"].GetInt());
+  const CommandResult text = evaluate({"--only", "Shell", "--only", "C", "--restrict"});
+  EXPECT_TRUE(contains(text.out, "restricted to the 2 languages evaluated")) << text.out;
+}
+
 TEST_F(EndToEndTest, EvalTextReportShowsTheTables) {
   train_ok({}, output());
   const CommandResult result = evaluate({"--min-tokens", "1", "--min-score", "0"});
@@ -275,6 +288,8 @@ TEST_F(EndToEndTest, BadCommandLinesAreUsageErrors) {
        "--max-tokens: expected a whole number"},
       {{definitions(), samples(), "-o", output(), "--min-count", "0"},
        "--min-count: expected at least 1"},
+      {{definitions(), samples(), "-o", output(), "--max-singleton-bytes", "-3"},
+       "--max-singleton-bytes: expected a whole number"},
       {{definitions(), samples(), "-o", output(), "--discriminative-epochs", "2", "--learning-rate",
         "0"},
        "--learning-rate must be above 0"},
@@ -298,6 +313,10 @@ TEST_F(EndToEndTest, BadCommandLinesAreUsageErrors) {
       run_program(LINGOMAT_EVAL_BINARY, {output(), samples(), "--min-score", "low"});
   EXPECT_EQ(eval_usage.status, 2);
   EXPECT_TRUE(contains(eval_usage.err, "--min-score: expected a number"));
+  const CommandResult restrict_usage =
+      run_program(LINGOMAT_EVAL_BINARY, {output(), samples(), "--restrict"});
+  EXPECT_EQ(restrict_usage.status, 2);
+  EXPECT_TRUE(contains(restrict_usage.err, "--restrict needs --only LANG"));
 }
 
 TEST_F(EndToEndTest, EvalRejectsUnusableDataFiles) {

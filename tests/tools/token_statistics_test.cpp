@@ -63,6 +63,35 @@ TEST(TokenStatisticsTest, PruningDropsRareTokensButKeepsTheTotal) {
   EXPECT_EQ(statistics.counts.size(), 2u);
 }
 
+TEST(TokenStatisticsTest, LongSingletonsAreTheLongTokensSeenOnce) {
+  LanguageStatistics statistics;
+  add_sample({"if", "x", "parse_config_file", "parse_config_file", "render_widget_tree", "elif"},
+             statistics);
+  EXPECT_TRUE(long_singletons(statistics, 0).empty());
+  const std::vector<std::string> found = long_singletons(statistics, 4);
+  EXPECT_EQ(found, (std::vector<std::string>{"render_widget_tree"}));
+
+  drop_tokens(statistics, found);
+  drop_tokens(statistics, found);  // already gone: nothing more is counted
+  EXPECT_EQ(statistics.counts, (std::map<std::string, std::uint64_t>{
+                                   {"elif", 1}, {"if", 1}, {"parse_config_file", 2}, {"x", 1}}));
+  EXPECT_EQ(statistics.tokens, 6u);
+  EXPECT_EQ(statistics.pruned_tokens, 1u);
+}
+
+TEST(TokenStatisticsTest, TallyMatchesSamplesAddedOneByOne) {
+  std::vector<SampleTokens> samples = {count_sample({"a", "a", "\xE9", "b"}, 0),
+                                       count_sample({"b"}, 0)};
+  const auto tallied = tally_samples(samples, 1);
+  LanguageStatistics added;
+  add_sample({"a", "a", "\xE9", "b"}, added);
+  add_sample({"b"}, added);
+  EXPECT_EQ(tallied[0].counts, added.counts);
+  EXPECT_EQ(tallied[0].tokens, added.tokens);
+  EXPECT_EQ(tallied[0].invalid_tokens, 1u);
+  EXPECT_EQ(tallied[0].samples, 2u);
+}
+
 std::vector<std::vector<SampleFile>> corpus_files(const std::string& root) {
   test_support::write_sample_corpus(root);
   std::map<std::string, std::vector<SampleFile>> by_language;

@@ -18,6 +18,7 @@ struct EvalConfig {
   std::uint64_t min_tokens = defaults::kMinTokens;
   double min_score_per_token = defaults::kMinScorePerToken;  // 0 switches the floor off
   std::vector<std::string> only;  // empty: every language of the test set
+  bool restrict_to_only = false;  // the engine allows only the `only` languages
   SplitRule split;
   unsigned threads = 1;
   bool progress = false;

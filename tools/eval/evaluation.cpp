@@ -33,6 +33,7 @@ std::unique_ptr<Lingomat> load_engine(const EvalConfig& config) {
   opts.classifier.data_file = config.data_path;
   opts.classifier.min_tokens = config.min_tokens;
   opts.classifier.min_score_per_token = config.min_score_per_token;
+  if (config.restrict_to_only) opts.restrictions = config.only;
   try {
     return std::make_unique<Lingomat>(opts);
   } catch (...) {

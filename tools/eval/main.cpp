@@ -6,6 +6,7 @@
 #include "common/file_io.h"
 #include "common/options.h"
 #include "common/parallel.h"
+#include "common/tool_error.h"
 #include "common/tool_main.h"
 #include "engine/option_defaults.h"
 #include "eval/eval_output.h"
@@ -55,6 +56,10 @@ int evaluate(int argc, char** argv) {
                     &config.min_score_per_token);
   parser.add_strings("only", "LANG", "Evaluate this language's files only; repeat for several.",
                      &config.only);
+  parser.add_flag("restrict",
+                  "Engine option: tell the engine that only the --only languages are possible "
+                  "(its restriction list), as a host that knows them would.",
+                  &config.restrict_to_only);
   split.add_to(parser);
   parser.add_uint("jobs", "N", "Identification threads (default: one per core).", &threads, 1,
                   1024);
@@ -71,6 +76,9 @@ int evaluate(int argc, char** argv) {
   if (!parser.parse(argc, argv)) {
     std::cout << parser.exit_text();
     return 0;
+  }
+  if (config.restrict_to_only && config.only.empty()) {
+    throw lt::UsageError("--restrict needs --only LANG");
   }
   config.split = split.finish();
   config.threads = static_cast<unsigned>(threads);

@@ -85,6 +85,9 @@ std::string format_text_report(const EvalConfig& config, const EvalRun& run,
                 (unsigned long long)config.tokenizer.max_bytes,
                 (unsigned long long)config.tokenizer.max_tokens,
                 (unsigned long long)config.min_tokens, config.min_score_per_token);
+  if (config.restrict_to_only) {
+    out += format("restricted to the %zu languages evaluated\n", config.only.size());
+  }
   out += format("%u identification %s, %.2f s wall clock including file reading\n", run.threads,
                 run.threads == 1 ? "thread" : "threads", run.wall_seconds);
   if (!run.untrained_languages.empty()) {

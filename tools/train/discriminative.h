@@ -2,12 +2,12 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "common/samples_tree.h"
 #include "tokenize/tokenizer.h"
 #include "train/data_file_writer.h"
+#include "train/sample_tokens.h"
 #include "train/token_statistics.h"
 
 namespace quillon::lingomat::tools {
@@ -20,21 +20,6 @@ struct DiscriminativeConfig {
   double rate = 0.5;
   double margin = 0.0;  // a sample is misranked unless its language leads by more
 };
-
-// One training sample as the engine reads it: its tokens counted under the same
-// rules as the statistics (valid UTF-8, at most max_repeats per token).
-struct SampleTokens {
-  std::size_t language = 0;
-  std::string project;
-  std::uint64_t counted = 0;  // occurrences counted, including tokens no language kept
-  std::vector<std::pair<std::string, std::uint64_t>> tokens;  // byte order
-};
-
-// Tokenizes every sample once, in files order (language by language).
-std::vector<SampleTokens> read_sample_tokens(const std::vector<std::vector<SampleFile>>& files,
-                                             const Tokenizer& tokenizer, unsigned threads,
-                                             std::uint64_t max_repeats,
-                                             const ProgressFn& progress = {});
 
 // Misranked training samples before the first epoch and after each one.
 struct DiscriminativeReport {

@@ -56,6 +56,11 @@ int train(int argc, char** argv) {
   parser.add_uint("min-count", "N",
                   "Drop a language's tokens seen fewer than N times in it (default 1: keep all).",
                   &config.min_count, 1);
+  parser.add_uint("max-singleton-bytes", "N",
+                  "Drop a language's tokens seen only once that are longer than N bytes: one "
+                  "file's names and strings, which other projects' files rarely meet "
+                  "(default 0: keep them).",
+                  &config.max_singleton_bytes);
   parser.add_uint("max-tokens-per-language", "N",
                   "Keep at most the N most frequent distinct tokens per language (default: all).",
                   &config.max_tokens_per_language);

@@ -8,6 +8,7 @@
 #include "common/parallel.h"
 #include "common/samples_tree.h"
 #include "tokenize/tokenizer.h"
+#include "train/sample_tokens.h"
 
 namespace quillon::lingomat::tools {
 
@@ -22,11 +23,15 @@ struct LanguageStatistics {
   std::map<std::string, std::uint64_t> counts;
 };
 
-// Tokenizes every sample on `threads` threads. files[i] belong to language i;
-// the result has one entry per language. Integer sums do not depend on the
-// order in which threads finish, so the result is the same on every run.
-// An unreadable sample is a ToolError naming it. A token counts at most
-// `max_repeats` times per sample (0: every occurrence).
+// Sums samples already tokenized into one entry per language (sample.language
+// indexes the result).
+std::vector<LanguageStatistics> tally_samples(const std::vector<SampleTokens>& samples,
+                                              std::size_t languages);
+
+// Tokenizes every sample on `threads` threads and sums them: read_sample_tokens,
+// then tally_samples. files[i] belong to language i. Integer sums do not depend
+// on the order in which threads finish, so the result is the same on every run.
+// A token counts at most `max_repeats` times per sample (0: every occurrence).
 std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<SampleFile>>& files,
                                              const Tokenizer& tokenizer, unsigned threads,
                                              std::uint64_t max_repeats = 0,
@@ -36,6 +41,15 @@ std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<Sampl
 // most `max_repeats` times (0: every occurrence).
 void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
                 std::uint64_t max_repeats = 0);
+
+// The tokens seen exactly once that are longer than `max_bytes` bytes (0: none).
+// Short ones are mostly shared vocabulary that files of other projects meet
+// again; long ones mostly one file's identifiers and strings.
+std::vector<std::string> long_singletons(const LanguageStatistics& statistics,
+                                         std::uint64_t max_bytes);
+
+// Removes `tokens` from the counts; the tokens total stays as it was.
+void drop_tokens(LanguageStatistics& statistics, const std::vector<std::string>& tokens);
 
 // Drops tokens seen fewer than `min_count` times, then keeps at most
 // `max_distinct` tokens (0: all): the most frequent, ties by token bytes.

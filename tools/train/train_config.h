@@ -20,6 +20,7 @@ struct TrainConfig {
   std::uint64_t max_samples = 0;              // per language; 0: all
   std::uint64_t max_repeats = 0;              // per token and sample; 0: every occurrence
   std::uint64_t min_count = 1;                // rarer tokens of a language are dropped
+  std::uint64_t max_singleton_bytes = 0;      // longer tokens seen once are dropped; 0: keep
   std::uint64_t max_tokens_per_language = 0;  // distinct tokens kept; 0: all
   std::vector<std::string> only;              // empty: every defined language
   Calibration calibration;

@@ -31,40 +31,50 @@ TrainSummary run_training(const TrainConfig& config) {
       select_training_set(definitions, walk_samples(config.samples_root), config);
 
   const Tokenizer tokenizer(config.tokenizer);
-  std::vector<LanguageStatistics> statistics =
-      count_tokens(set.files, tokenizer, config.threads, config.max_repeats,
-                   config.progress ? terminal_progress("tokenizing") : ProgressFn());
+  // Read once: the counts and the re-estimation both use these.
+  const std::vector<SampleTokens> samples =
+      read_sample_tokens(set.files, tokenizer, config.threads, config.max_repeats,
+                         config.progress ? terminal_progress("tokenizing") : ProgressFn());
+  std::vector<LanguageStatistics> statistics = tally_samples(samples, set.files.size());
 
-  TrainSummary summary;
-  summary.languages = set.languages.size();
-  for (std::size_t i = 0; i < statistics.size(); ++i) {
-    LanguageStatistics& language = statistics[i];
+  // Long singletons are dropped only after the re-estimation: while it runs they
+  // still take their share of each misranked sample's correction, which measured
+  // better on held-out projects than re-estimating without them.
+  std::vector<std::vector<std::string>> singletons;
+  for (LanguageStatistics& language : statistics) {
     prune_tokens(language, config.min_count, config.max_tokens_per_language);
-    if (language.samples == 0) {
-      summary.names_only.push_back(set.languages[i].name);
-      continue;
-    }
-    ++summary.trained_languages;
-    summary.samples += language.samples;
-    summary.tokens += language.tokens;
-    summary.distinct_tokens += language.counts.size();
-    summary.pruned_tokens += language.pruned_tokens;
-    summary.invalid_tokens += language.invalid_tokens;
+    singletons.push_back(long_singletons(language, config.max_singleton_bytes));
   }
 
+  TrainSummary summary;
   DiscriminativeRecord record;
   if (config.discriminative.epochs > 0) {
-    const std::vector<SampleTokens> samples =
-        read_sample_tokens(set.files, tokenizer, config.threads, config.max_repeats,
-                           config.progress ? terminal_progress("re-reading") : ProgressFn());
     DiscriminativeReport report;
     statistics = train_discriminatively(statistics, config.calibration, samples,
                                         config.discriminative, report);
     summary.misranked = report.errors;
     summary.scored_samples = report.samples;
     record = {config.discriminative.epochs, decimal(config.discriminative.rate),
-              decimal(config.discriminative.margin), summary.tokens};
+              decimal(config.discriminative.margin), 0};
   }
+
+  summary.languages = set.languages.size();
+  for (std::size_t i = 0; i < statistics.size(); ++i) {
+    LanguageStatistics& language = statistics[i];
+    drop_tokens(language, singletons[i]);
+    if (language.samples == 0) {
+      summary.names_only.push_back(set.languages[i].name);
+      continue;
+    }
+    ++summary.trained_languages;
+    summary.samples += language.samples;
+    summary.distinct_tokens += language.counts.size();
+    summary.pruned_tokens += language.pruned_tokens;
+    summary.invalid_tokens += language.invalid_tokens;
+  }
+  // The occurrences counted; re-estimated statistics hold an encoding total instead.
+  for (const SampleTokens& sample : samples) summary.tokens += sample.counted;
+  record.counted_tokens = summary.tokens;
 
   const std::string json = render_data_file(set.languages, statistics, config.calibration, record);
   require_valid_data_file(json, config.output_path);
