@@ -1,4 +1,4 @@
-#include "json/data_file_bytes.h"
+#include "base/file_reading.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,10 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <ios>
 #include <system_error>
-
-#include "json/file_descriptor.h"
 
 namespace quillon::lingomat {
 namespace {
@@ -19,8 +16,7 @@ constexpr std::size_t kFirstChunk = 64 * 1024;
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason,
                          std::errc code = std::errc::io_error) {
-  throw std::ios_base::failure("cannot load data file " + path + ": " + reason,
-                               std::make_error_code(code));
+  throw DataFileError(path, reason, std::make_error_code(code));
 }
 
 [[noreturn]] void refuse_errno(const std::string& path, int error) {
@@ -32,6 +28,12 @@ constexpr std::size_t kFirstChunk = 64 * 1024;
 }
 
 }  // namespace
+
+DataFileError::DataFileError(const std::string& path, const std::string& reason,
+                             std::error_code code)
+    : std::ios_base::failure(reason, code),
+      message_("cannot load data file " + path + ": " + reason),
+      reason_(reason) {}
 
 std::string read_data_file(const std::string& path, std::size_t max_bytes) {
   // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer.
