@@ -10,6 +10,7 @@
 #include "check/json_outline.h"
 #include "common/tool_error.h"
 #include "common/utf8.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::tools {
 namespace {
@@ -346,6 +347,15 @@ void require_valid_data_file(const std::string& text, const std::string& path) {
       message += "\n  " + format_problem(path, lines, problem);
   }
   throw ToolError(message);
+}
+
+void cross_check_with_engine(const std::string& path, CheckReport& report) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = path;
+  const EngineCreation created = create_engine(opts);
+  if (created.engine == nullptr) {
+    report.error(0, "the engine refuses this file: " + created.reason);
+  }
 }
 
 }  // namespace quillon::lingomat::tools
