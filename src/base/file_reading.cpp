@@ -23,11 +23,36 @@ constexpr std::size_t kFirstChunk = 64 * 1024;
   refuse(path, std::generic_category().message(error), static_cast<std::errc>(error));
 }
 
+int fail_open(int error, std::string& reason, std::errc& code) {
+  reason = std::generic_category().message(error);
+  code = static_cast<std::errc>(error);
+  return -1;
+}
+
 [[noreturn]] void refuse_too_large(const std::string& path, std::size_t max_bytes) {
   refuse(path, "larger than " + std::to_string(max_bytes) + " bytes", std::errc::file_too_large);
 }
 
 }  // namespace
+
+int open_regular_file(const std::string& path, std::string& reason, std::errc& code) {
+  // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) return fail_open(errno, reason, code);
+  FileDescriptor file(fd);
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) return fail_open(errno, reason, code);
+  if (S_ISDIR(info.st_mode)) return fail_open(EISDIR, reason, code);
+  if (!S_ISREG(info.st_mode)) {
+    reason = kNotRegularFile;
+    code = std::errc::invalid_argument;
+    return -1;
+  }
+  // Regular files ignore O_NONBLOCK; clearing it keeps reads plainly blocking anyway.
+  const int flags = ::fcntl(fd, F_GETFL);
+  if (flags >= 0) ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+  return file.release();
+}
 
 DataFileError::DataFileError(const std::string& path, const std::string& reason,
                              std::error_code code)
@@ -36,13 +61,12 @@ DataFileError::DataFileError(const std::string& path, const std::string& reason,
       reason_(reason) {}
 
 std::string read_data_file(const std::string& path, std::size_t max_bytes) {
-  // O_NONBLOCK: opening a FIFO for reading would otherwise wait for a writer.
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (file.get() < 0) refuse_errno(path, errno);
+  std::string reason;
+  std::errc code{};
+  const FileDescriptor file(open_regular_file(path, reason, code));
+  if (file.get() < 0) refuse(path, reason, code);
   struct stat info {};
   if (::fstat(file.get(), &info) != 0) refuse_errno(path, errno);
-  if (S_ISDIR(info.st_mode)) refuse_errno(path, EISDIR);
-  if (!S_ISREG(info.st_mode)) refuse(path, "not a regular file", std::errc::invalid_argument);
   if (static_cast<std::uint64_t>(info.st_size) > max_bytes) refuse_too_large(path, max_bytes);
 
   // The size is only a hint: some regular files (under /proc) report 0, and the file may

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <ios>
 #include <string>
+#include <system_error>
 
 namespace quillon::lingomat {
 
@@ -18,10 +19,25 @@ class FileDescriptor {
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
   int get() const { return fd_; }
+  // Hands the descriptor over to the caller, who closes it.
+  int release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
+  }
 
  private:
   int fd_;
 };
+
+// The reason given for a path that names neither a regular file nor a directory.
+inline constexpr const char* kNotRegularFile = "not a regular file";
+
+// A read-only, blocking descriptor for `path` when it is a regular file (symbolic links
+// followed), or -1 with the reason (the system's text, or kNotRegularFile) and its code.
+// Opening never waits for a FIFO's writer nor makes a terminal the controlling one, and the
+// kind is checked on the opened file itself, so it cannot change in between.
+int open_regular_file(const std::string& path, std::string& reason, std::errc& code);
 
 // A data file that cannot be read. A stream failure, as the library has always reported
 // it, but its message states the reason once (the standard one appends the error code's
