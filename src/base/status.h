@@ -1,8 +1,8 @@
 #pragma once
 
 // The status codes every entry point reports, with the names and values of the C interface.
-// Its public header restates them so that it stands alone; where both are seen, a value that
-// differs is a macro redefinition, which the build refuses.
+// Its public header restates them so that it stands alone; the plug-in sees both, so a value
+// that differed would be a macro redefinition, which the compiler reports.
 #define LINGOMAT_SUCCESS 0
 #define LINGOMAT_ERROR_UNKNOWN (-1)
 #define LINGOMAT_ERROR_BAD_PARAMETER (-2)
