@@ -22,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "created_engine.h"
 #include "engine/engine.h"
 #include "reference_engine.h"
 #include "sample_texts.h"
@@ -68,8 +69,9 @@ reference::EngineOpts reference_opts() {
 }
 
 const Lingomat& engine() {
-  static const Lingomat instance(engine_opts());
-  return instance;
+  static const std::unique_ptr<Lingomat> instance =
+      quillon::lingomat::bench::created_engine(engine_opts());
+  return *instance;
 }
 const reference::Engine& reference_engine() {
   static const reference::Engine instance(reference_opts());
@@ -105,7 +107,8 @@ std::string read_whole(const std::string& path) {
 }
 
 void BM_CreateEngine(benchmark::State& state) {
-  creation(state, "create engine", [] { return std::make_unique<Lingomat>(engine_opts()); });
+  creation(state, "create engine",
+           [] { return quillon::lingomat::bench::created_engine(engine_opts()); });
 }
 void BM_CreateReference(benchmark::State& state) {
   creation(state, "create reference",

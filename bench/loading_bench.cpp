@@ -21,6 +21,7 @@
 
 #include <rapidjson/document.h>
 
+#include "created_engine.h"
 #include "engine/engine.h"
 #include "json/json_member_index.h"
 
@@ -195,7 +196,8 @@ Figures measure(const std::string& path, int runs, bool timing) {
     return std::static_pointer_cast<void>(document);
   };
   const auto create = [&] {
-    return std::static_pointer_cast<void>(std::make_shared<Lingomat>(opts));
+    return std::static_pointer_cast<void>(
+        std::shared_ptr<Lingomat>(quillon::lingomat::bench::created_engine(opts)));
   };
   Figures figures{};
   figures.file_mib = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);

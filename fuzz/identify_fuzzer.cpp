@@ -2,6 +2,8 @@
 // The first line of the input (up to 64 bytes) is the file name, the rest the text.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -17,7 +19,12 @@ const Lingomat& engine() {
     Lingomat::Opts opts;
     opts.classifier.data_file = LINGOMAT_FUZZ_DATA;
     opts.classifier.min_tokens = 1;
-    return std::make_unique<Lingomat>(opts);
+    quillon::lingomat::EngineCreation created = quillon::lingomat::create_engine(opts);
+    if (created.engine == nullptr) {
+      std::fprintf(stderr, "no engine: %s\n", created.reason.c_str());
+      std::abort();
+    }
+    return std::move(created.engine);
   }();
   return *instance;
 }

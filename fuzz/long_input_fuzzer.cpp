@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -24,7 +26,12 @@ std::unique_ptr<Lingomat> make_engine(std::uint64_t max_bytes, std::uint64_t max
   opts.classifier.min_tokens = 1;
   opts.tokenizer.max_bytes = max_bytes;
   opts.tokenizer.max_tokens = max_tokens;
-  return std::make_unique<Lingomat>(opts);
+  quillon::lingomat::EngineCreation created = quillon::lingomat::create_engine(opts);
+  if (created.engine == nullptr) {
+    std::fprintf(stderr, "no engine: %s\n", created.reason.c_str());
+    std::abort();
+  }
+  return std::move(created.engine);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -12,7 +13,7 @@ using quillon::lingomat::status_of_current_exception;
 static_assert(sizeof(LingomatOpts) == 56, "LingomatOpts is part of the binary interface");
 
 struct LingomatEngine {
-  Lingomat engine;
+  std::unique_ptr<Lingomat> engine;
 };
 
 namespace {
@@ -57,7 +58,10 @@ LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
   try {
-    *handle = new LingomatEngine{Lingomat(engine_opts(*opts))};
+    quillon::lingomat::EngineCreation created =
+        quillon::lingomat::create_engine(engine_opts(*opts));
+    if (created.engine == nullptr) return created.status;
+    *handle = new LingomatEngine{std::move(created.engine)};
     return LINGOMAT_SUCCESS;
   } catch (...) {
     return status_of_current_exception();
@@ -75,11 +79,11 @@ LINGOMAT_API int lingomatIdentifyCode(LingomatHandle handle, const char* code, u
     if (codeLength > std::string().max_size()) throw std::length_error("buffer length");
     const std::string_view text(code, codeLength);
     const std::string_view name = fileName == nullptr ? std::string_view() : fileName;
-    const std::string identified = handle->engine.identify(name, text);
+    const std::string identified = handle->engine->identify(name, text);
     // Nothing identified is null, even for a data file that names a language "".
     *language = identified.empty()
                     ? nullptr
-                    : handle->engine.classifier().language_resident_c_str(identified);
+                    : handle->engine->classifier().language_resident_c_str(identified);
     return LINGOMAT_SUCCESS;
   } catch (...) {
     return status_of_current_exception();

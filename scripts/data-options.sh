@@ -9,7 +9,17 @@
 # held-out figure within 0.2 points (docs/accuracy.md, "Size and engine creation").
 TRAIN_OPTIONS=(--count-scale 2 --tokens-total 500000 --discriminative-epochs 5 --learning-rate 0.5
   --max-singleton-bytes 8)
-# The command-line tool's default floors, measured with the same held-out sets; the
-# tool's own defaults (tools/cli/cli_options.h) must match them.
-CLI_MIN_TOKENS=10
-CLI_MIN_SCORE=-7
+# The command-line tool's default floors, measured with the same held-out sets: read from
+# the tool's own defaults (tools/cli/cli_options.h), so that there is one place to change.
+cli_default() {
+  local value
+  value=$(sed -n "s/^inline constexpr [a-z:_0-9]* $1 = \(-\{0,1\}[0-9.]*\);.*/\1/p" \
+    "$(dirname "${BASH_SOURCE[0]}")/../tools/cli/cli_options.h")
+  if [ -z "$value" ]; then
+    echo "data-options.sh: no $1 in tools/cli/cli_options.h" >&2
+    return 1
+  fi
+  echo "${value%.0}"
+}
+CLI_MIN_TOKENS=$(cli_default kDefaultMinTokens)
+CLI_MIN_SCORE=$(cli_default kDefaultMinScore)

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,7 +29,8 @@ namespace {
 constexpr std::size_t kDecidingTokens = 12;
 
 struct WasmEngine {
-  explicit WasmEngine(const Lingomat::Opts& opts) : engine(opts) {
+  explicit WasmEngine(std::unique_ptr<Lingomat> created)
+      : owned(std::move(created)), engine(*owned) {
     const auto& classifier = engine.classifier();
     for (const auto& name : classifier.languages()) {
       index_of.emplace(name, static_cast<std::uint32_t>(names.size()));
@@ -36,7 +38,8 @@ struct WasmEngine {
     }
   }
 
-  Lingomat engine;
+  std::unique_ptr<Lingomat> owned;
+  const Lingomat& engine;
   std::vector<const char*> names;  // the classifier's languages, in its order
   std::map<std::string, std::uint32_t, std::less<>> index_of;  // into `names`
   // The last ranking handed out, as language indices and scores, read by JavaScript in place.
@@ -190,7 +193,9 @@ EMSCRIPTEN_KEEPALIVE int lm_create(const char* data_path, double max_bytes, doub
     opts.classifier.min_tokens = static_cast<std::uint64_t>(min_tokens);
     opts.classifier.min_score_per_token = min_score_per_token;
     opts.restrictions.assign(only, only + only_count);
-    *engine = new WasmEngine(opts);
+    quillon::lingomat::EngineCreation created = quillon::lingomat::create_engine(opts);
+    if (created.engine == nullptr) return created.status;
+    *engine = new WasmEngine(std::move(created.engine));
     return LINGOMAT_SUCCESS;
   } catch (...) {
     return status_of_current_exception();

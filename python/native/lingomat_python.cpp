@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "common/file_io.h"
 #include "engine/engine.h"
 #include "engine/status.h"
 #include "explanation.h"
@@ -22,7 +22,7 @@ namespace cli = quillon::lingomat::cli;
 namespace lingomat = quillon::lingomat;
 
 struct LingomatPyEngine {
-  Lingomat engine;
+  std::unique_ptr<Lingomat> engine;
 };
 
 namespace {
@@ -83,14 +83,13 @@ int lingomatPyCreate(const LingomatOpts* opts, LingomatPyEngine** engine, char* 
   if (opts == nullptr || opts->dataFile == nullptr || engine == nullptr) {
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
-  // The stream failure the engine raises carries no reason, and a FIFO must not be opened
-  // for reading at all: ask first, as the tool does.
-  if (std::string problem = lingomat::tools::read_problem(opts->dataFile); !problem.empty()) {
-    copy_message(problem, message, message_size);
-    return LINGOMAT_ERROR_FILE_IO;
-  }
   try {
-    *engine = new LingomatPyEngine{Lingomat(engine_opts(*opts))};
+    lingomat::EngineCreation created = lingomat::create_engine(engine_opts(*opts));
+    if (created.engine == nullptr) {
+      copy_message(created.reason, message, message_size);
+      return created.status;
+    }
+    *engine = new LingomatPyEngine{std::move(created.engine)};
     return LINGOMAT_SUCCESS;
   } catch (...) {
     return fail(message, message_size);
@@ -100,7 +99,7 @@ int lingomatPyCreate(const LingomatOpts* opts, LingomatPyEngine** engine, char* 
 void lingomatPyDestroy(LingomatPyEngine* engine) { delete engine; }
 
 uint64_t lingomatPyLanguageCount(const LingomatPyEngine* engine) {
-  return engine->engine.classifier().languages().size();
+  return engine->engine->classifier().languages().size();
 }
 
 const char* lingomatPyBaseName(const char* path) {
@@ -117,7 +116,7 @@ uint64_t lingomatPyBinarySniffBytes(void) { return lingomat::kBinarySniffBytes; 
 int lingomatPyIdentify(const LingomatPyEngine* engine, const char* code, uint64_t length,
                        const char* file_name, const char** language) {
   try {
-    const Lingomat& lingomat = engine->engine;
+    const Lingomat& lingomat = *engine->engine;
     const IdentificationText text(std::string_view(code, length), lingomat.tokenizer());
     *language = lingomat.classifier().language_resident_c_str(
         lingomat.identify(name_of(file_name), text.view()));
@@ -131,7 +130,7 @@ int lingomatPyRank(const LingomatPyEngine* engine, const char* code, uint64_t le
                    const char* file_name, uint64_t capacity, const char** languages, double* scores,
                    uint64_t* count) {
   try {
-    const Lingomat& lingomat = engine->engine;
+    const Lingomat& lingomat = *engine->engine;
     const IdentificationText text(std::string_view(code, length), lingomat.tokenizer());
     const Lingomat::Trace trace = lingomat.trace(name_of(file_name), text.view());
     uint64_t written = 0;
@@ -157,7 +156,7 @@ int lingomatPyRank(const LingomatPyEngine* engine, const char* code, uint64_t le
 int lingomatPyExplain(const LingomatPyEngine* engine, const char* code, uint64_t length,
                       const char* file_name, char** json) {
   try {
-    const Lingomat& lingomat = engine->engine;
+    const Lingomat& lingomat = *engine->engine;
     const IdentificationText text(std::string_view(code, length), lingomat.tokenizer());
     cli::InputItem item;
     item.path = file_name == nullptr ? "" : file_name;

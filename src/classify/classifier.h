@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/option_defaults.h"
 #include "classify/vocabulary.h"
-#include "engine/option_defaults.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {

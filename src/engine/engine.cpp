@@ -6,7 +6,9 @@
 #include <malloc.h>
 #endif
 
-#include "json/data_file_keys.h"
+#include "base/data_file_keys.h"
+#include "base/file_reading.h"
+#include "engine/status.h"
 #include "json/json_reader.h"
 
 namespace quillon::lingomat {
@@ -28,6 +30,22 @@ void build_lookup(LanguageLookup& lookup, LanguageNames& lists, const JsonValue&
       lookup[names.back()].push_back(language);
     }
   }
+}
+
+// The lookup `key` as listed, for describing languages: unlike build_lookup, a section that
+// is not an object is kNotAnObject, as the tools have always reported it.
+LanguageNames listed_names(const JsonValue& document, const char* key) {
+  const auto member = document.FindMember(key);
+  if (member == document.MemberEnd()) throw JsonException(kMissingKey);
+  if (!member->value.IsObject()) throw JsonException(kNotAnObject);
+  LanguageNames lists;
+  for (const auto& language : member->value.GetObject()) {
+    if (!language.value.IsArray()) throw JsonException(kUnexpectedType);
+    std::vector<std::string>& names =
+        lists.emplace_back(json_string(language.name), std::vector<std::string>()).second;
+    for (const auto& name : language.value.GetArray()) names.push_back(json_string(name));
+  }
+  return lists;
 }
 
 }  // namespace
@@ -53,6 +71,41 @@ Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
   build_lookup(interpreters_, interpreter_lists_, document, data_keys::kInterpreters);
   // Sorted once so that identification can test membership by binary search.
   std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
+}
+
+EngineCreation create_engine(const Lingomat::Opts& opts) noexcept {
+  EngineCreation created;
+  try {
+    created.engine = std::make_unique<Lingomat>(opts);
+  } catch (...) {
+    created.status = status_of_current_exception();
+    try {
+      try {
+        throw;
+      } catch (const DataFileError& error) {
+        created.reason = error.reason();
+      } catch (...) {
+        created.reason = message_of_current_exception();
+      }
+    } catch (...) {
+      // No memory left even for the reason: the status says enough.
+    }
+  }
+  return created;
+}
+
+// In the order the tools have always checked them: lookups first, then the statistics.
+DataFileNames read_data_file_names(const std::string& data_file) {
+  const JsonDocument document = parse_json_file(data_file);
+  if (!document.IsObject()) throw JsonException(kNotAnObject);
+  DataFileNames names;
+  names.extnames = listed_names(document, data_keys::kExtnames);
+  names.filenames = listed_names(document, data_keys::kFilenames);
+  names.interpreters = listed_names(document, data_keys::kInterpreters);
+  for (const auto& language : json_get<JsonConstObject>(document, data_keys::kLanguages)) {
+    names.languages.push_back(json_string(language.name));
+  }
+  return names;
 }
 
 }  // namespace quillon::lingomat

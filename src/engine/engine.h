@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/option_defaults.h"
+#include "base/status.h"
 #include "classify/classifier.h"
-#include "engine/option_defaults.h"
 #include "tokenize/tokenizer.h"
 
 namespace quillon::lingomat {
@@ -134,5 +136,28 @@ class Lingomat {
   Tokenizer tokenizer_;
   Classifier classifier_;
 };
+
+// An engine, or the reason there is none.
+struct EngineCreation {
+  std::unique_ptr<Lingomat> engine;  // null when creation failed
+  int status = LINGOMAT_SUCCESS;
+  // Why creation failed, stated once: for a data file that cannot be read the bare reason
+  // ("No such file or directory", "larger than N bytes"), else the error's own message.
+  std::string reason;
+};
+
+// The way every caller builds an engine: never throws, and reports a failure as the status
+// code the C interface gives for it together with its reason.
+EngineCreation create_engine(const Lingomat::Opts& opts) noexcept;
+
+// The three name lookups and the languages with statistics, as the data file lists them,
+// for callers that describe the languages without building an engine.
+struct DataFileNames {
+  LanguageNames filenames;
+  LanguageNames extnames;
+  LanguageNames interpreters;
+  std::vector<std::string> languages;
+};
+DataFileNames read_data_file_names(const std::string& data_file);
 
 }  // namespace quillon::lingomat

@@ -5,7 +5,7 @@
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
-#include "json/data_file_bytes.h"
+#include "base/file_reading.h"
 
 namespace quillon::lingomat {
 namespace {

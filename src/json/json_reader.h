@@ -5,6 +5,7 @@
 
 #include <rapidjson/document.h>
 
+#include "base/data_file_keys.h"
 #include "json/json_exception.h"
 
 namespace quillon::lingomat {
@@ -13,10 +14,10 @@ using JsonDocument = rapidjson::Document;
 using JsonValue = rapidjson::Value;
 using JsonConstObject = JsonValue::ConstObject;
 
-inline constexpr const char* kNotAnObject = "Expected JSON value to be an object";
-inline constexpr const char* kMissingKey = "JSON object missing expected key";
-inline constexpr const char* kUnexpectedType = "JSON value was of an unexpected type";
-inline constexpr const char* kNotAString = "Expected JSON value to be a string";
+using data_keys::kMissingKey;
+using data_keys::kNotAnObject;
+using data_keys::kNotAString;
+using data_keys::kUnexpectedType;
 
 // Reads and parses a whole JSON file. A file that cannot be opened, or that read_data_file
 // refuses, raises std::ios_base::failure; malformed JSON raises JsonException.

@@ -1,13 +1,9 @@
 #include "tokenize/native_patterns.h"
 
-#include <unordered_map>
-
-#include "tokenize/token_patterns.h"
-
 namespace quillon::lingomat {
 namespace {
 
-constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
+using native::kNoMatch;
 
 // Character classes as the "C" locale defines them.
 bool is_space(char c) {
@@ -96,12 +92,6 @@ std::size_t line_comment(const char* at, const char* end) {
 // one of them is a miss at all of them.
 const char* line_comment_fails_through(const char* at, const char* end) {
   return skip_while(at, end, is_space);
-}
-
-// "\n|$": a line feed, or the empty match at the very end of the text.
-std::size_t end_of_line(const char* at, const char* end) {
-  if (at == end) return 0;
-  return *at == '\n' ? 1 : kNoMatch;
 }
 
 // "/\*|<!--|\{-|\(\*|\"\"\"|'''"
@@ -256,44 +246,7 @@ std::size_t single_quoted_value_end(const char* at, const char* end) {
   return (end - at >= 2 && at[0] != '\\' && at[1] == '\'') ? 2 : kNoMatch;
 }
 
-std::size_t double_quote(const char* at, const char* end) { return literal(at, end, "\""); }
-std::size_t single_quote(const char* at, const char* end) { return literal(at, end, "'"); }
 std::size_t tag_end(const char* at, const char* end) { return literal(at, end, ">"); }
 
 }  // namespace native
-
-namespace {
-
-// The block-comment end markers are plain literals.
-template <char... Chars>
-std::size_t literal_chars(const char* at, const char* end) {
-  static constexpr char text[] = {Chars..., '\0'};
-  return literal(at, end, text);
-}
-
-const std::unordered_map<std::string, NativePattern>& native_patterns() {
-  static const std::unordered_map<std::string, NativePattern> patterns = [] {
-    std::unordered_map<std::string, NativePattern> table;
-    for (const token_patterns::FixedPattern& pattern : token_patterns::fixed_patterns()) {
-      table[pattern.text] = {pattern.match, pattern.fails_through};
-    }
-    table["\\*/"] = {literal_chars<'*', '/'>};
-    table["-->"] = {literal_chars<'-', '-', '>'>};
-    table["-\\}"] = {literal_chars<'-', '}'>};
-    table["\\*\\)"] = {literal_chars<'*', ')'>};
-    table["\"\"\""] = {literal_chars<'"', '"', '"'>};
-    table["\'\'\'"] = {literal_chars<'\'', '\'', '\''>};
-    return table;
-  }();
-  return patterns;
-}
-
-}  // namespace
-
-const NativePattern* find_native_pattern(const std::string& pattern) {
-  const auto& patterns = native_patterns();
-  const auto found = patterns.find(pattern);
-  return found == patterns.end() ? nullptr : &found->second;
-}
-
 }  // namespace quillon::lingomat

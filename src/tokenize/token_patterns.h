@@ -30,7 +30,6 @@ struct FixedPattern {
 inline constexpr FixedPattern kShebangLine{"#![^\r\n]+", native::shebang_line};
 inline constexpr FixedPattern kLineComment{"\\s*(?:#|//|--|%|\") ", native::line_comment,
                                            native::line_comment_fails_through};
-inline constexpr FixedPattern kEndOfLine{"\n|$", native::end_of_line};
 inline constexpr FixedPattern kBlockCommentStart{"/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''",
                                                  native::block_comment_start};
 inline constexpr FixedPattern kNumber{
@@ -41,8 +40,6 @@ inline constexpr FixedPattern kBracket{R"re([;{}()[\]])re", native::bracket};
 inline constexpr FixedPattern kWord{R"re([\w\.@#\/\*]+)re", native::word};
 inline constexpr FixedPattern kHighBytes{R"re([\x80-\xFF]+)re", native::high_bytes};
 inline constexpr FixedPattern kOperator{R"re([-+*/%]|<<?|&&?|\|\|?)re", native::operator_token};
-inline constexpr FixedPattern kDoubleQuote{"\"", native::double_quote};
-inline constexpr FixedPattern kSingleQuote{"'", native::single_quote};
 
 // Shebang lines.
 inline constexpr FixedPattern kShebangMark{"#![ \t]*", native::shebang_mark};
@@ -60,11 +57,10 @@ inline constexpr FixedPattern kTagEnd{">", native::tag_end};
 inline constexpr FixedPattern kDoubleQuotedValueEnd{"[^\\\\]\"", native::double_quoted_value_end};
 inline constexpr FixedPattern kSingleQuotedValueEnd{"[^\\\\]'", native::single_quoted_value_end};
 
-// Every fixed pattern above; the block-comment end patterns are built from the markers.
+// Every fixed pattern above, so that each matcher can be checked against its text.
 inline std::vector<FixedPattern> fixed_patterns() {
   return {kShebangLine,
           kLineComment,
-          kEndOfLine,
           kBlockCommentStart,
           kNumber,
           kTag,
@@ -72,8 +68,6 @@ inline std::vector<FixedPattern> fixed_patterns() {
           kWord,
           kHighBytes,
           kOperator,
-          kDoubleQuote,
-          kSingleQuote,
           kShebangMark,
           kNonBlankRun,
           kBlanks,

@@ -10,7 +10,7 @@ namespace {
 
 using namespace token_patterns;
 
-constexpr std::size_t kNoMatch = NativePattern::kNoMatch;
+using native::kNoMatch;
 constexpr std::size_t kNever = SIZE_MAX;
 // The line-comment pattern looks this far past its leading white space.
 constexpr std::size_t kCommentMarkerBytes = 4;

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/option_defaults.h"
+#include "base/option_defaults.h"
 #include "tokenize/token_sink.h"
 
 namespace quillon::lingomat {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "check/data_file_check.h"
-#include "check/engine_cross_check.h"
 #include "common/tool_error.h"
 #include "engine/engine.h"
 #include "test_support.h"

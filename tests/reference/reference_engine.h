@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/option_defaults.h"
+#include "base/option_defaults.h"
 
 namespace quillon::lingomat::reference {
 

@@ -1,4 +1,4 @@
-#include "json/data_file_bytes.h"
+#include "base/file_reading.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -6,21 +6,23 @@
 #include <map>
 #include <set>
 
+#include "base/data_file_keys.h"
 #include "check/json_outline.h"
 #include "common/tool_error.h"
 #include "common/utf8.h"
-#include "json/json_reader.h"
+#include "engine/engine.h"
 
 namespace quillon::lingomat::tools {
 namespace {
 
 using Kind = JsonNode::Kind;
+using namespace data_keys;
 
-constexpr const char* kLookupKeys[] = {"filenames", "extnames", "interpreters"};
+constexpr const char* kLookupKeys[] = {kFilenames, kExtnames, kInterpreters};
 constexpr const char* kLookupEntries[] = {"file name", "extension", "interpreter"};
 // Every section whose member names are language names.
-constexpr const char* kLanguageKeys[] = {"filenames", "extnames",        "interpreters",
-                                         "languages", "language_tokens", "tokens"};
+constexpr const char* kLanguageKeys[] = {kFilenames, kExtnames,       kInterpreters,
+                                         kLanguages, kLanguageTokens, kTokens};
 
 std::string quoted(const std::string& text) { return "\"" + sanitize_utf8(text) + "\""; }
 
@@ -37,17 +39,17 @@ class DataFileRules {
     for (std::size_t i = 0; i < std::size(kLookupKeys); ++i) {
       check_lookup(kLookupKeys[i], kLookupEntries[i]);
     }
-    const JsonNode* counts = section("language_tokens", Kind::kObject);
-    const JsonNode* tokens = section("tokens", Kind::kObject);
-    const JsonNode* samples = section("languages", Kind::kObject);
-    const JsonNode* tokens_total = section("tokens_total", Kind::kNumber);
-    const JsonNode* languages_total = section("languages_total", Kind::kNumber);
+    const JsonNode* counts = section(kLanguageTokens, Kind::kObject);
+    const JsonNode* tokens = section(kTokens, Kind::kObject);
+    const JsonNode* samples = section(kLanguages, Kind::kObject);
+    const JsonNode* tokens_total = section(kTokensTotal, Kind::kNumber);
+    const JsonNode* languages_total = section(kLanguagesTotal, Kind::kNumber);
     read_calibration();
     if (samples != nullptr) check_languages(*samples, counts, tokens);
-    if (counts != nullptr) warn_unknown(*counts, "language_tokens");
-    if (tokens != nullptr) warn_unknown(*tokens, "tokens");
+    if (counts != nullptr) warn_unknown(*counts, kLanguageTokens);
+    if (tokens != nullptr) warn_unknown(*tokens, kTokens);
     check_tokens_total(tokens_total);
-    check_total(languages_total, "languages_total", samples_sum_, "languages");
+    check_total(languages_total, kLanguagesTotal, samples_sum_, kLanguages);
     warn_unnamed();
   }
 
@@ -217,7 +219,7 @@ class DataFileRules {
   // The trainer's record of a deliberate calibration: counts scaled by "count_scale" and
   // "tokens_total" derived from the unseen-token total instead of the counted one.
   void read_calibration() {
-    const JsonNode::Member* member = root_.find("calibration");
+    const JsonNode::Member* member = root_.find(kCalibration);
     if (member == nullptr) return;
     const JsonNode& calibration = member->value;
     const auto positive = [&](const char* key) -> std::int64_t {
@@ -232,24 +234,24 @@ class DataFileRules {
       }
       return field->value.int_value;
     };
-    const std::int64_t scale = positive("count_scale");
-    const std::int64_t unseen_total = positive("tokens_total");
-    const std::int64_t counted = positive("counted_tokens");
+    const std::int64_t scale = positive(kCountScale);
+    const std::int64_t unseen_total = positive(kTokensTotal);
+    const std::int64_t counted = positive(kCountedTokens);
     if (scale == 0 || unseen_total == 0 || counted == 0) return;
     count_scale_ = scale;
     calibrated_total_ = std::max<std::int64_t>(1, (unseen_total + scale / 2) / scale);
     counted_tokens_ = counted;
-    counted_offset_ = calibration.find("counted_tokens")->value.offset;
+    counted_offset_ = calibration.find(kCountedTokens)->value.offset;
     read_discriminative(calibration);
   }
 
   // The record of counts that encode re-estimated weights over chosen divisors: then
   // neither a language's token counts nor "language_tokens" relate to occurrences.
   void read_discriminative(const JsonNode& calibration) {
-    const JsonNode::Member* member = calibration.find("discriminative");
+    const JsonNode::Member* member = calibration.find(kDiscriminative);
     if (member == nullptr) return;
     const JsonNode& record = member->value;
-    const JsonNode::Member* epochs = record.kind == Kind::kObject ? record.find("epochs") : nullptr;
+    const JsonNode::Member* epochs = record.kind == Kind::kObject ? record.find(kEpochs) : nullptr;
     if (epochs == nullptr || epochs->value.kind != Kind::kNumber || !epochs->value.is_int ||
         epochs->value.int_value <= 0) {
       report_.error(epochs == nullptr ? record.offset : epochs->value.offset,
@@ -261,7 +263,7 @@ class DataFileRules {
 
   void check_tokens_total(const JsonNode* total) {
     if (calibrated_total_ == 0) {
-      check_total(total, "tokens_total", tokens_sum_, "language_tokens");
+      check_total(total, kTokensTotal, tokens_sum_, kLanguageTokens);
       return;
     }
     if (!discriminative_ && sums_complete_ && counted_tokens_ != tokens_sum_) {
@@ -299,7 +301,7 @@ class DataFileRules {
                             "answers no language where only it is named");
       }
     }
-    const JsonNode::Member* samples = root_.find("languages");
+    const JsonNode::Member* samples = root_.find(kLanguages);
     if (samples == nullptr || samples->value.kind != Kind::kObject) return;
     for (const JsonNode::Member& language : samples->value.members) {
       if (named_.count(language.name) == 0) {
@@ -345,6 +347,15 @@ void require_valid_data_file(const std::string& text, const std::string& path) {
       message += "\n  " + format_problem(path, lines, problem);
   }
   throw ToolError(message);
+}
+
+void cross_check_with_engine(const std::string& path, CheckReport& report) {
+  Lingomat::Opts opts;
+  opts.classifier.data_file = path;
+  const EngineCreation created = create_engine(opts);
+  if (created.engine == nullptr) {
+    report.error(0, "the engine refuses this file: " + created.reason);
+  }
 }
 
 }  // namespace quillon::lingomat::tools

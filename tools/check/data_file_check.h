@@ -17,4 +17,8 @@ CheckReport check_data_text(const std::string& text);
 // `path`; warnings pass.
 void require_valid_data_file(const std::string& text, const std::string& path);
 
+// Builds an engine from `path` and reports its refusal as an error at the start of
+// the file: a safety net, should the engine ever refuse what the text checks passed.
+void cross_check_with_engine(const std::string& path, CheckReport& report);
+
 }  // namespace quillon::lingomat::tools

@@ -3,7 +3,6 @@
 
 #include "check/check_report.h"
 #include "check/data_file_check.h"
-#include "check/engine_cross_check.h"
 #include "common/file_io.h"
 #include "common/options.h"
 #include "common/tool_main.h"

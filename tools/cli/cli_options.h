@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/option_defaults.h"
 #include "engine/engine.h"
-#include "engine/option_defaults.h"
 
 namespace quillon::lingomat::cli {
 
@@ -15,7 +15,8 @@ namespace quillon::lingomat::cli {
 // leaves most plain text (licences, changelogs, READMEs) unanswered. They do not apply when
 // the file's name or interpreter gives candidates: there the classifier only chooses among
 // languages the name already vouches for, under kCandidateFloors. The README's accuracy
-// section has the held-out figures behind these choices.
+// section has the held-out figures behind these choices. scripts/data-options.sh reads the
+// two floors from here for the accuracy measurements: keep each on one line.
 inline constexpr std::uint64_t kDefaultMaxBytes = defaults::kMaxBytes;
 inline constexpr std::uint64_t kDefaultMaxTokens = defaults::kMaxTokens;
 inline constexpr std::uint64_t kDefaultMinTokens = 10;

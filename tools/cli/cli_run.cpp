@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/file_reading.h"
 #include "common/file_io.h"
 #include "common/parallel.h"
 #include "common/progress_line.h"
@@ -17,7 +18,6 @@
 #include "engine_loader.h"
 #include "identify_runner.h"
 #include "input_collector.h"
-#include "json/file_descriptor.h"
 #include "language_catalog.h"
 #include "language_summary.h"
 #include "result_output.h"

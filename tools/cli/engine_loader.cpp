@@ -1,9 +1,7 @@
 #include "engine_loader.h"
 
 #include <algorithm>
-
-#include "common/file_io.h"
-#include "engine/status.h"
+#include <utility>
 
 namespace quillon::lingomat::cli {
 
@@ -23,13 +21,6 @@ Lingomat::FloorPolicy floor_policy(const CliOptions& options) {
 }
 
 LoadedEngine load_engine(const CliOptions& options, const std::string& data_file) {
-  LoadedEngine loaded;
-  // The stream failure the engine raises carries no reason; find one first.
-  if (std::string problem = tools::read_problem(data_file); !problem.empty()) {
-    // The library's status texts, so the tool reports failures the way hosts see them.
-    loaded.error = failure(status_text(LINGOMAT_ERROR_FILE_IO), data_file, problem);
-    return loaded;
-  }
   Lingomat::Opts opts;
   opts.tokenizer.max_bytes = options.max_bytes;
   opts.tokenizer.max_tokens = options.max_tokens;
@@ -41,15 +32,15 @@ LoadedEngine load_engine(const CliOptions& options, const std::string& data_file
   opts.classifier.min_tokens = lower == 0 || content == 0 ? 0 : std::min(lower, content);
   opts.classifier.min_score_per_token = options.min_score;
   opts.restrictions = options.only;
-  try {
-    loaded.engine = std::make_unique<Lingomat>(opts);
-  } catch (...) {
-    const int status = status_of_current_exception();
-    // A stream failure's own message is the runtime's, not a reason; memory needs none.
-    const std::string detail = status == LINGOMAT_ERROR_FILE_IO  ? "cannot be read"
-                               : status == LINGOMAT_ERROR_MEMORY ? std::string()
-                                                                 : message_of_current_exception();
-    loaded.error = failure(status_text(status), data_file, detail);
+  EngineCreation created = create_engine(opts);
+  LoadedEngine loaded;
+  loaded.engine = std::move(created.engine);
+  if (loaded.engine == nullptr) {
+    // The library's status texts, so the tool reports failures the way hosts see them; the
+    // runtime's text for a lack of memory is no reason.
+    const bool memory = created.status == LINGOMAT_ERROR_MEMORY;
+    loaded.error =
+        failure(status_text(created.status), data_file, memory ? std::string() : created.reason);
   }
   return loaded;
 }

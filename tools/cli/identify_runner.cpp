@@ -8,11 +8,11 @@
 
 #include <unistd.h>
 
+#include "base/file_reading.h"
 #include "cli_options.h"
 #include "common/input_text.h"
 #include "common/parallel.h"
 #include "input/identification_text.h"
-#include "json/file_descriptor.h"
 #include "prose_test.h"
 #include "walked_file.h"
 

@@ -7,9 +7,6 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "json/data_file_keys.h"
-#include "json/json_reader.h"
-
 namespace quillon::lingomat::cli {
 
 namespace {
@@ -20,21 +17,6 @@ LanguageEntry& entry_for(Catalog& catalog, const std::string& name) {
   LanguageEntry& entry = catalog[name];
   entry.name = name;
   return entry;
-}
-
-// "filenames", "extnames" and "interpreters" map each language to its list of keys.
-void add_lookup(Catalog& catalog, const JsonValue& document, const char* key,
-                std::vector<std::string> LanguageEntry::*field) {
-  const auto member = document.FindMember(key);
-  if (member == document.MemberEnd()) throw JsonException(kMissingKey);
-  if (!member->value.IsObject()) throw JsonException(kNotAnObject);
-  for (const auto& language : member->value.GetObject()) {
-    if (!language.value.IsArray()) throw JsonException(kUnexpectedType);
-    LanguageEntry& entry = entry_for(catalog, json_string(language.name));
-    for (const auto& item : language.value.GetArray()) {
-      (entry.*field).push_back(json_string(item));
-    }
-  }
 }
 
 void add_lists(Catalog& catalog, const LanguageNames& lists,
@@ -84,15 +66,13 @@ void write_list(rapidjson::Writer<rapidjson::StringBuffer>& writer, const char* 
 }  // namespace
 
 std::vector<LanguageEntry> read_language_catalog(const std::string& data_file) {
-  const JsonDocument document = parse_json_file(data_file);
-  if (!document.IsObject()) throw JsonException(kNotAnObject);
+  const DataFileNames names = read_data_file_names(data_file);
   Catalog catalog;
-  add_lookup(catalog, document, data_keys::kExtnames, &LanguageEntry::extensions);
-  add_lookup(catalog, document, data_keys::kFilenames, &LanguageEntry::filenames);
-  add_lookup(catalog, document, data_keys::kInterpreters, &LanguageEntry::interpreters);
-  const auto languages = json_get<JsonConstObject>(document, data_keys::kLanguages);
-  for (const auto& language : languages) {
-    entry_for(catalog, json_string(language.name)).has_statistics = true;
+  add_lists(catalog, names.extnames, &LanguageEntry::extensions);
+  add_lists(catalog, names.filenames, &LanguageEntry::filenames);
+  add_lists(catalog, names.interpreters, &LanguageEntry::interpreters);
+  for (const std::string& language : names.languages) {
+    entry_for(catalog, language).has_statistics = true;
   }
   return sorted_entries(catalog);
 }

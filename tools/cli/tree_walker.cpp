@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "json/file_descriptor.h"
+#include "base/file_reading.h"
 #include "walk_filter.h"
 
 namespace quillon::lingomat::cli {

@@ -6,9 +6,9 @@
 
 #include <cerrno>
 
+#include "base/file_reading.h"
 #include "common/file_io.h"
 #include "git_repository.h"
-#include "json/file_descriptor.h"
 
 namespace quillon::lingomat::cli {
 

@@ -28,36 +28,6 @@ ReadResult failed(std::string reason) {
   return result;
 }
 
-}  // namespace
-
-// Opening does not block (a FIFO would wait for a writer) and never
-// makes a terminal the controlling one; the kind is checked on the opened
-// file itself, so it cannot change in between.
-int open_regular_file(const std::string& path, std::string& reason) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (fd < 0) {
-    reason = errno_text(errno);
-    return -1;
-  }
-  struct stat info {};
-  if (::fstat(fd, &info) != 0) {
-    reason = errno_text(errno);
-  } else if (S_ISDIR(info.st_mode)) {
-    reason = errno_text(EISDIR);
-  } else if (!S_ISREG(info.st_mode)) {
-    reason = kNotRegularFile;
-  } else {
-    // Regular files ignore O_NONBLOCK; clearing it keeps reads plainly blocking anyway.
-    const int flags = ::fcntl(fd, F_GETFL);
-    if (flags >= 0) ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
-    return fd;
-  }
-  ::close(fd);
-  return -1;
-}
-
-namespace {
-
 // The process's umask, read once before main() while no other thread can be
 // creating files: the only way to read it is to set it, and a file created in
 // between would get no mask at all. Temporary files are then given the mode

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/file_reading.h"
 #include "input/binary_text.h"
 
 namespace quillon::lingomat::tools {
@@ -20,12 +21,13 @@ struct ReadResult {
   std::string error;    // the reason when kFailed ("No such file or directory", ...)
 };
 
-// The reason given for a named path that is neither a regular file nor a directory.
-inline constexpr const char* kNotRegularFile = "not a regular file";
+using lingomat::kNotRegularFile;
 
-// A read-only descriptor for `path` when it is a regular file (symbolic links
-// followed), or -1 with the reason, as try_read_file gives it.
-int open_regular_file(const std::string& path, std::string& reason);
+// open_regular_file() of the library, for callers that need only the reason.
+inline int open_regular_file(const std::string& path, std::string& reason) {
+  std::errc ignored{};
+  return lingomat::open_regular_file(path, reason, ignored);
+}
 
 // Reads a whole regular file, following symbolic links. Anything else named
 // (a directory, a device such as /dev/zero, a FIFO) fails without being read,

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "base/file_reading.h"
 #include "input/identification_text.h"
-#include "json/file_descriptor.h"
 
 namespace quillon::lingomat::tools {
 
