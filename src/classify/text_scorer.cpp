@@ -170,8 +170,10 @@ void TextScorer::grow_table() {
 
 double* TextScorer::new_row() {
   if (row_blocks_.empty() || rows_used_ == kRowsPerBlock) {
-    // Left uninitialised: every row is filled before it is read.
-    row_blocks_.emplace_back(new double[kRowsPerBlock * stride_]);
+    // Left uninitialised: every row is filled before it is read. Owned before the list
+    // grows, so that a failure to grow it frees the block.
+    std::unique_ptr<double[]> block(new double[kRowsPerBlock * stride_]);
+    row_blocks_.push_back(std::move(block));
     rows_used_ = 0;
   }
   ++rows_kept_;
