@@ -6,7 +6,7 @@
 
 #include "common/split.h"
 #include "engine/engine.h"
-#include "engine/option_defaults.h"
+#include "base/option_defaults.h"
 
 namespace quillon::lingomat::tools {
 

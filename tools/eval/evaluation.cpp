@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <new>
 
 #include "common/file_io.h"
 #include "common/parallel.h"
 #include "common/progress_line.h"
 #include "common/samples_tree.h"
 #include "common/tool_error.h"
-#include "engine/status.h"
 
 namespace quillon::lingomat::tools {
 
@@ -24,29 +24,24 @@ struct LabelledFile {
 };
 
 std::unique_ptr<Lingomat> load_engine(const EvalConfig& config) {
-  // The engine reports an unreadable file as a bare stream failure; say why here.
-  if (const std::string problem = read_problem(config.data_path); !problem.empty()) {
-    throw ToolError("cannot read data file " + config.data_path + ": " + problem);
-  }
   Lingomat::Opts opts;
   opts.tokenizer = config.tokenizer;
   opts.classifier.data_file = config.data_path;
   opts.classifier.min_tokens = config.min_tokens;
   opts.classifier.min_score_per_token = config.min_score_per_token;
   if (config.restrict_to_only) opts.restrictions = config.only;
-  try {
-    return std::make_unique<Lingomat>(opts);
-  } catch (...) {
-    switch (status_of_current_exception()) {
-      case LINGOMAT_ERROR_JSON:
-        throw ToolError("data file " + config.data_path +
-                        " is not usable: " + message_of_current_exception());
-      case LINGOMAT_ERROR_FILE_IO:
-        throw ToolError("cannot read data file " + config.data_path + ": " +
-                        message_of_current_exception());
-      default:
-        throw;
-    }
+  EngineCreation created = create_engine(opts);
+  switch (created.status) {
+    case LINGOMAT_SUCCESS:
+      return std::move(created.engine);
+    case LINGOMAT_ERROR_JSON:
+      throw ToolError("data file " + config.data_path + " is not usable: " + created.reason);
+    case LINGOMAT_ERROR_FILE_IO:
+      throw ToolError("cannot read data file " + config.data_path + ": " + created.reason);
+    case LINGOMAT_ERROR_MEMORY:
+      throw std::bad_alloc();
+    default:
+      throw ToolError("cannot load data file " + config.data_path + ": " + created.reason);
   }
 }
 

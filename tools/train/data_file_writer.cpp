@@ -9,7 +9,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include "common/tool_error.h"
-#include "json/data_file_keys.h"
+#include "base/data_file_keys.h"
 
 namespace quillon::lingomat::tools {
 

@@ -7,7 +7,7 @@
 #include "common/parallel.h"
 #include "common/tool_error.h"
 #include "common/tool_main.h"
-#include "engine/option_defaults.h"
+#include "base/option_defaults.h"
 #include "train/trainer.h"
 
 namespace lm = quillon::lingomat;
