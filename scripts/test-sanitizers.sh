@@ -2,7 +2,8 @@
 # Builds the library, tools and tests under sanitizers (clang) and runs every test.
 # Usage: bash scripts/test-sanitizers.sh [asan] [tsan]   (default: both)
 #   asan: AddressSanitizer (leaks included) + UndefinedBehaviorSanitizer, in build-asan/
-#   tsan: ThreadSanitizer, in build-tsan/
+#   tsan: ThreadSanitizer on the tests that run threads (one engine shared by many threads,
+#         the tools' thread pool), in build-tsan/
 # Each stage keeps its own build folder, so a second run only rebuilds what changed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -13,8 +14,16 @@ jobs=$(nproc)
 
 for stage in "${stages[@]}"; do
   case "$stage" in
-    asan) sanitize=address,undefined ;;
-    tsan) sanitize=thread ;;
+    asan)
+      sanitize=address,undefined
+      targets=(all)
+      tests=.
+      ;;
+    tsan)
+      sanitize=thread
+      targets=(lingomat_threads_stress_test lingomat_tools_test)
+      tests='ThreadsStress|tools\.ParallelTest'
+      ;;
     *)
       echo "unknown stage '$stage' (asan or tsan)" >&2
       exit 2
@@ -24,11 +33,11 @@ for stage in "${stages[@]}"; do
   echo "== $stage: building in $dir" >&2
   CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DLINGOMAT_SANITIZE="$sanitize" -DLINGOMAT_WERROR=ON -DLINGOMAT_BUILD_BENCHMARKS=OFF >/dev/null
-  cmake --build "$dir" -j"$jobs"
+  cmake --build "$dir" -j"$jobs" --target "${targets[@]}"
   echo "== $stage: testing" >&2
   # Any report fails the test that caused it; UBSan's one suppression is explained in its file.
   ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
     UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1:suppressions=$root/tests/sanitizers/ubsan.supp" \
     TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
-    ctest --test-dir "$dir" --output-on-failure -j"$jobs"
+    ctest --test-dir "$dir" --output-on-failure -j"$jobs" -R "$tests"
 done
