@@ -159,7 +159,8 @@ TEST_F(EndToEndTest, EvalRestrictTellsTheEngineWhichLanguagesArePossible) {
   const CommandResult result = evaluate(
       {"--only", "Shell", "--restrict", "--min-tokens", "1", "--min-score", "0", "--json"});
   ASSERT_EQ(result.status, 0) << result.err;
-  const auto& content = parse_strict(result.out)["modes"][0];
+  const auto report = parse_strict(result.out);  // kept: the values below live in it
+  const auto& content = report["modes"][0];
   EXPECT_GT(content["files"].GetInt(), 0);
   EXPECT_EQ(content["correct"].GetInt(), content["files"].GetInt());
   const CommandResult text = evaluate({"--only", "Shell", "--only", "C", "--restrict"});
