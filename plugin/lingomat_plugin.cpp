@@ -5,6 +5,7 @@
 
 #include "engine/engine.h"
 #include "engine/status.h"
+#include "engine_options.h"
 #include "lingomat.h"
 
 using quillon::lingomat::Lingomat;
@@ -15,27 +16,6 @@ static_assert(sizeof(LingomatOpts) == 56, "LingomatOpts is part of the binary in
 struct LingomatEngine {
   std::unique_ptr<Lingomat> engine;
 };
-
-namespace {
-
-Lingomat::Opts engine_opts(const LingomatOpts& opts) {
-  Lingomat::Opts result;
-  result.classifier.data_file = opts.dataFile;
-  result.tokenizer.max_bytes = opts.maxScanBytes;
-  result.classifier.min_score_per_token = opts.minScorePerToken;
-  result.tokenizer.max_tokens = opts.maxTokens;
-  result.classifier.min_tokens = opts.minTokens;
-  if (opts.restrictionCount != 0 && opts.restrictions != nullptr) {
-    result.restrictions.reserve(opts.restrictionCount);
-    for (std::uint64_t i = 0; i < opts.restrictionCount; ++i) {
-      const char* name = opts.restrictions[i];
-      result.restrictions.emplace_back(name == nullptr ? "" : name);
-    }
-  }
-  return result;
-}
-
-}  // namespace
 
 extern "C" {
 
@@ -59,7 +39,7 @@ LINGOMAT_API int lingomatCreate(LingomatHandle* handle, const LingomatOpts* opts
   }
   try {
     quillon::lingomat::EngineCreation created =
-        quillon::lingomat::create_engine(engine_opts(*opts));
+        quillon::lingomat::create_engine(quillon::lingomat::engine_options(*opts));
     if (created.engine == nullptr) return created.status;
     *handle = new LingomatEngine{std::move(created.engine)};
     return LINGOMAT_SUCCESS;

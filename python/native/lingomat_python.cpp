@@ -10,6 +10,7 @@
 
 #include "engine/engine.h"
 #include "engine/status.h"
+#include "engine_options.h"
 #include "explanation.h"
 #include "input/binary_text.h"
 #include "input/identification_text.h"
@@ -26,20 +27,6 @@ struct LingomatPyEngine {
 };
 
 namespace {
-
-Lingomat::Opts engine_opts(const LingomatOpts& opts) {
-  Lingomat::Opts result;
-  result.classifier.data_file = opts.dataFile;
-  result.tokenizer.max_bytes = opts.maxScanBytes;
-  result.tokenizer.max_tokens = opts.maxTokens;
-  result.classifier.min_tokens = opts.minTokens;
-  result.classifier.min_score_per_token = opts.minScorePerToken;
-  for (std::uint64_t i = 0; opts.restrictions != nullptr && i < opts.restrictionCount; ++i) {
-    const char* name = opts.restrictions[i];
-    result.restrictions.emplace_back(name == nullptr ? "" : name);
-  }
-  return result;
-}
 
 void copy_message(const std::string& text, char* message, size_t message_size) {
   if (message == nullptr || message_size == 0) return;
@@ -84,7 +71,7 @@ int lingomatPyCreate(const LingomatOpts* opts, LingomatPyEngine** engine, char* 
     return LINGOMAT_ERROR_BAD_PARAMETER;
   }
   try {
-    lingomat::EngineCreation created = lingomat::create_engine(engine_opts(*opts));
+    lingomat::EngineCreation created = lingomat::create_engine(lingomat::engine_options(*opts));
     if (created.engine == nullptr) {
       copy_message(created.reason, message, message_size);
       return created.status;
