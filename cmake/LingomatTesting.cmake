@@ -3,14 +3,20 @@ include(GoogleTest)
 
 # Declares a GoogleTest program built from SOURCES and linked with LIBRARIES, and registers
 # each of its tests with ctest as PREFIX<Suite>.<Test>. A test that runs longer than TIMEOUT
-# seconds (default 300) fails, so one that blocks cannot hang the run.
+# seconds (default 300) fails, so one that blocks cannot hang the run. LABELS (default
+# "quick") sort tests into tiers: quick (the edit-build-test loop, under a minute), slow
+# (shipped data, training, whole trees), packaging (install, pip, subdirectory) and threads
+# (what ThreadSanitizer runs); a test may carry several.
 function(lingomat_add_gtest target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PREFIX;TIMEOUT" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PREFIX;TIMEOUT" "SOURCES;LIBRARIES;LABELS")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 300)
+  endif()
+  if(NOT arg_LABELS)
+    set(arg_LABELS quick)
   endif()
   add_executable(${target} ${arg_SOURCES})
   target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
   gtest_discover_tests(${target} TEST_PREFIX "${arg_PREFIX}" DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT ${arg_TIMEOUT})
+                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}")
 endfunction()
