@@ -38,13 +38,20 @@ typedef struct LingomatEngine* LingomatHandle;
 
 /* Part of the binary interface: seven 8-byte fields, no padding. */
 typedef struct LingomatOpts {
-  const char* dataFile;      /* JSON data file; required */
-  uint64_t maxScanBytes;     /* tokens start only below this offset; 0: no limit */
-  uint64_t maxTokens;        /* tokenizing stops at this many tokens; 0: no limit */
-  uint64_t minTokens;        /* fewer tokens give no classifier answer; 0: no minimum */
-  double minScorePerToken;   /* classifier answers scoring below this per token are dropped; 0.0: off */
-  const char* const* restrictions; /* the only languages that may be answered */
-  uint64_t restrictionCount; /* entries in restrictions; 0: every language */
+  /* JSON data file; required */
+  const char* dataFile;
+  /* tokens start only below this offset; 0: no limit */
+  uint64_t maxScanBytes;
+  /* tokenizing stops at this many tokens; 0: no limit */
+  uint64_t maxTokens;
+  /* fewer tokens give no classifier answer; 0: no minimum */
+  uint64_t minTokens;
+  /* classifier answers scoring below this per token are dropped; 0.0: off */
+  double minScorePerToken;
+  /* the only languages that may be answered */
+  const char* const* restrictions;
+  /* entries in restrictions; 0: every language */
+  uint64_t restrictionCount;
 } LingomatOpts;
 
 /* Writes the defaults (10240, 500, 40, -8.0) into fields 2 to 5; leaves the others. */

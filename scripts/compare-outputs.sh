@@ -11,8 +11,7 @@ if [ $# -lt 2 ]; then
   echo "usage: $0 OLD_LINGOMAT NEW_LINGOMAT [DATA_FILE]" >&2
   exit 2
 fi
-old=$1
-new=$2
+declare -A tools=([old]=$1 [new]=$2)
 data=${3:-data/lingomat.json}
 folders=(src plugin tools tests bench docs)
 
@@ -20,7 +19,7 @@ out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 # One worker each, so that nothing but the tool decides the order of the lines.
 for side in old new; do
-  tool=${!side}
+  tool=${tools[$side]}
   "$tool" --json --explain --jobs 1 --data "$data" "${folders[@]}" >"$out/$side.json" 2>"$out/$side.err" ||
     echo "$side: exit status $?" >>"$out/$side.err"
 done
