@@ -16,18 +16,17 @@ namespace {
 using test_support::CommandResult;
 
 // One member per line, so that a line number names the member.
-const std::string kValid =
-    "{\n"
-    " \"filenames\": {\"Make\": [\"Makefile\"]},\n"
-    " \"extnames\": {\"C\": [\".c\"], \"Python\": [\".py\"]},\n"
-    " \"interpreters\": {\"Python\": [\"python\"]},\n"
-    " \"languages\": {\"C\": 2, \"Python\": 1, \"Make\": 1},\n"
-    " \"language_tokens\": {\"C\": 5, \"Python\": 3, \"Make\": 1},\n"
-    " \"tokens\": {\"C\": {\"int\": 3, \";\": 2}, \"Python\": {\"def\": 3}, \"Make\": {\"all\": "
-    "1}},\n"
-    " \"tokens_total\": 9,\n"
-    " \"languages_total\": 4\n"
-    "}\n";
+const std::string kValid = R"({
+ "filenames": {"Make": ["Makefile"]},
+ "extnames": {"C": [".c"], "Python": [".py"]},
+ "interpreters": {"Python": ["python"]},
+ "languages": {"C": 2, "Python": 1, "Make": 1},
+ "language_tokens": {"C": 5, "Python": 3, "Make": 1},
+ "tokens": {"C": {"int": 3, ";": 2}, "Python": {"def": 3}, "Make": {"all": 1}},
+ "tokens_total": 9,
+ "languages_total": 4
+}
+)";
 
 // `text` (kValid by default) with the first occurrence of `from` replaced by `to`.
 std::string with(const std::string& from, const std::string& to, std::string text = kValid) {
@@ -82,17 +81,13 @@ TEST(DataFileCheck, ReportsWhatTheEngineRefusesAndWhatItWouldTurnIntoNonsense) {
       {with("\"def\": 3", "\"d\\u0000e\xff\": 3"), false, ""},  // tokens may hold any bytes
       {calibrated(scaled + "}"), false, ""},
       {calibrated(reweighted, "9, \";\": 8"), false, ""},  // weights need not add up
-      {"", true, "f:1:1: error: The document is empty."},
       {kValid + "{}", true, "f:11:1: error: The document root must not be followed by other"},
       {"[1, 2]", true, "f:1:1: error: the root is not an object"},
       {with(" \"extnames\"", " \"extnamez\""), true, "f:1:1: error: the root has no \"extnames\""},
       {with("{\"Make\": [\"Makefile\"]}", "[]"), true, "f:2:15: error: \"filenames\" must be an"},
       {with("[\".c\"]", "[\".c\", 7]"), true, "f:3:27: error: an entry of the extnames of \"C\""},
-      {with("[\"python\"]", "\"python\""), true,
-       "f:4:29: error: the interpreters of \"Python\" must be an array"},
       {with("\"Make\": {\"all\": 1}", "\"Mak\": {\"all\": 1}"), true,
        "f:5:37: error: \"Make\" has no entry in \"tokens\""},
-      {with("\"C\": 2", "\"C\": 2.0"), true, "f:5:21: error: the sample count of \"C\" must be"},
       {with("\"C\": 5", "\"C\": 3000000000"), true, "f:6:27: error: the token count of \"C\" must"},
       {with("{\"def\": 3}", "[3]"), true, "f:7:48: error: the tokens of \"Python\" must be an obj"},
       {with("\"int\": 3", "\"int\": 1e0"), true, "f:7:26: error: the count of token \"int\""},
@@ -100,8 +95,6 @@ TEST(DataFileCheck, ReportsWhatTheEngineRefusesAndWhatItWouldTurnIntoNonsense) {
       {with("\"C\": 5", "\"C\": 0"), false, "f:6:27: error: the token count of \"C\" is 0"},
       {with("\"tokens_total\": 9", "\"tokens_total\": 10"), false,
        "f:8:18: error: \"tokens_total\" is 10, but the counts of \"language_tokens\" add up to 9"},
-      {with("\"languages_total\": 4", "\"languages_total\": 0"), false,
-       "f:9:21: error: \"languages_total\" is 0; it must be positive"},
       {with("\"int\": 3", "\"int\": 4"), false,
        "f:7:18: error: the token counts of \"C\" add up to 6, more than its \"language_tokens\""},
       {with("\"Make\": 1}", "\"Make\": 1, \"C\": 2}"), false,
@@ -168,21 +161,17 @@ TEST(CheckCommand, PrintsEveryProblemWithItsPlaceAndExitsByTheWorst) {
   const auto check = [](const std::vector<std::string>& args) {
     return test_support::run_program(LINGOMAT_CHECK_BINARY, args);
   };
-  test_support::write_text(dir / "warned.json",
-                           with("\"Makefile\"]", "\"Makefile\"], \"Zig\": [\"z\"]"));
-  const CommandResult warned = check({dir / "warned.json"});
-  EXPECT_EQ(warned.status, 0) << warned.err;
-  EXPECT_EQ(warned.out.rfind(dir / "warned.json:2:38: warning: \"Zig\" has names", 0), 0u);
-  EXPECT_NE(warned.out.find("\n" + dir / "warned.json: 0 errors, 1 warning\n"), std::string::npos);
-  EXPECT_EQ(check({"--strict", dir / "warned.json"}).status, 1);
-  test_support::write_text(dir / "broken.json",
-                           with("\"languages_total\": 4", "\"languages_total\": -4"));
-  const CommandResult broken = check({dir / "broken.json"});
-  EXPECT_EQ(broken.status, 1);
-  EXPECT_NE(broken.out.find(dir / "broken.json:9:21: error: \"languages_total\" is -4"),
-            std::string::npos)
-      << broken.out;
-  EXPECT_NE(broken.out.find(": 1 error, 0 warnings\n"), std::string::npos) << broken.out;
+  const std::string warned = dir / "warned.json", broken = dir / "broken.json";
+  test_support::write_text(warned, with("\"Makefile\"]", "\"Makefile\"], \"Zig\": [\"z\"]"));
+  test_support::write_text(broken, with("\"languages_total\": 4", "\"languages_total\": -4"));
+  const CommandResult passed = check({warned}), failed = check({broken});
+  EXPECT_EQ(passed.status, 0) << passed.err;
+  EXPECT_EQ(passed.out.rfind(warned + ":2:38: warning: \"Zig\" has names", 0), 0u) << passed.out;
+  EXPECT_NE(passed.out.find("\n" + warned + ": 0 errors, 1 warning\n"), std::string::npos);
+  EXPECT_EQ(check({"--strict", warned}).status, 1);
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_EQ(failed.out, broken + ":9:21: error: \"languages_total\" is -4; it must be positive\n" +
+                            broken + ": 1 error, 0 warnings\n");
 
   // Nobody writes to this pipe: reading it would block forever.
   ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);
@@ -191,8 +180,8 @@ TEST(CheckCommand, PrintsEveryProblemWithItsPlaceAndExitsByTheWorst) {
     EXPECT_EQ(unreadable.status, 1) << path;
     EXPECT_NE(unreadable.err.find("cannot read data file " + path + ": "), std::string::npos);
   }
-  for (const auto& args :
-       std::vector<std::vector<std::string>>{{}, {"--no-such-option", "x"}, {"a.json", "b.json"}}) {
+  for (const std::vector<std::string>& args :
+       {std::vector<std::string>{}, {"--bad", "x"}, {"a", "b"}}) {
     EXPECT_EQ(check(args).status, 2);
   }
 }

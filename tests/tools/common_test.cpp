@@ -1,22 +1,32 @@
-// The tools' shared code: how a tool ends, definitions, samples trees and the split.
+// The tools' shared behaviour: what their command lines refuse, how they end, how they
+// write output and read input, definitions files, samples trees and the split.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <new>
 #include <set>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "common/definitions.h"
+#include "common/file_io.h"
+#include "common/input_text.h"
 #include "common/samples_tree.h"
 #include "common/split.h"
 #include "common/tool_error.h"
 #include "common/tool_main.h"
+#include "input/identification_text.h"
 #include "test_support.h"
 #include "train/sample_selection.h"
 
 namespace quillon::lingomat::tools {
 namespace {
 
+using test_support::CommandResult;
 using test_support::write_text;
 using Strings = std::vector<std::string>;
 
@@ -30,12 +40,53 @@ std::string error_of(Action action) {
   return "(no error)";
 }
 
+// What the tools refuse before any work: status 2 for a bad command line, 1 for a data file
+// that cannot be used, each with a message naming the culprit.
+TEST(ToolCommands, RefuseBadCommandLinesAndUnusableDataFiles) {
+  const test_support::TempDir dir;
+  write_text(dir / "samples/C/p/a.c", "int x;\n");
+  write_text(dir / "bad.json", "{\"filenames\": {}, ");
+  const std::string train = LINGOMAT_TRAIN_BINARY, eval = LINGOMAT_EVAL_BINARY;
+  const auto trains = [](Strings extra) {
+    extra.insert(extra.begin(), {"defs", "samples", "-o", "out.json"});
+    return extra;
+  };
+  const auto evals = [&](const std::string& data) { return Strings{data, dir / "samples"}; };
+  const std::vector<std::tuple<std::string, Strings, int, std::string>> cases = {
+      {train, {"defs", "samples"}, 2, "missing --output FILE"},
+      {train, {"defs"}, 2, "missing argument SAMPLES"},
+      {train, trains({"--folds", "1"}), 2, "--folds: expected at least 2"},
+      {train, trains({"--fold", "3"}), 2, "--fold: expected 0 to 2, got 3"},
+      {train, trains({"--split", "held-out"}), 2, "--split: expected train, test or all"},
+      {train, trains({"--whole", "--max-bytes", "9"}), 2, "--whole cannot be combined"},
+      {train, trains({"--discriminative-epochs", "2", "--learning-rate", "0"}), 2,
+       "--learning-rate must be above 0"},
+      {train, trains({"--discriminative-epochs", "2", "--margin", "-1"}), 2,
+       "--margin must be from 0"},
+      {train, trains({"--margin", "3"}), 2,
+       "--learning-rate and --margin need --discriminative-epochs"},
+      {eval, {"data.json", "samples", "--restrict"}, 2, "--restrict needs --only LANG"},
+      {eval, evals(dir / "none.json"), 1,
+       "cannot read data file " + (dir / "none.json") + ": No such file"},
+      {eval, evals(dir.path()), 1, "cannot read data file " + dir.path() + ": Is a directory"},
+      {eval, evals("/dev/zero"), 1, "cannot read data file /dev/zero: not a regular file"},
+      {eval, evals(dir / "bad.json"), 1, "data file " + (dir / "bad.json") + " is not usable: "},
+  };
+  for (const auto& [program, args, status, message] : cases) {
+    const CommandResult result = test_support::run_program(program, args);
+    EXPECT_EQ(result.status, status) << message;
+    EXPECT_NE(result.err.find(message), std::string::npos) << result.err << "\nlacks: " << message;
+  }
+  EXPECT_EQ(test_support::run_program(train, {"--version"}).out,
+            std::string("lingomat-train ") + LINGOMAT_VERSION + "\n");
+}
+
 TEST(RunToolTest, EachFailureHasItsStatusAndOneMessage) {
   const std::vector<std::tuple<std::function<int()>, int, std::string>> cases = {
       {[] { return 3; }, 3, ""},
+      {[]() -> int { throw ToolError("no data", 4); }, 4, "tool: no data\n"},
       {[]() -> int { throw UsageError("--x: bad"); }, 2,
        "tool: --x: bad\nTry 'tool --help' for more information.\n"},
-      {[]() -> int { throw ToolError("no data", 4); }, 4, "tool: no data\n"},
       {[]() -> int { throw std::bad_alloc(); }, 1, "tool: out of memory\n"},
       {[]() -> int { throw std::logic_error("oops"); }, 1, "tool: internal error: oops\n"},
   };
@@ -66,9 +117,7 @@ TEST(DefinitionsTest, ParsesSectionsAndReportsMalformedLinesWithTheirNumber) {
       {"extensions = .c\n", "defs:1: 'extensions' comes before any '[Language]' section"},
       {"[C]\n\n.c .h\n", "defs:3: expected '[Language]', 'key = values'"},
       {"[C\n", "defs:1: section header '[C' lacks its closing ']'"},
-      {"[C]\n[  ]\n", "defs:2: empty language name"},
       {"[C]\n[Java]\n[C]\n", "defs:3: language 'C' is already defined on line 1"},
-      {"[C]\nextensions = c\n", "defs:2: extension 'c' must be one dot"},
       {"[C]\nextensions = .tar.gz\n", "defs:2: extension '.tar.gz' must be one dot"},
       {"[A/B]\n", "defs:1: language name 'A/B' contains '/'"},
       {"[C]\nfilenames = caf\xE9\n", "defs:2: not valid UTF-8"},
@@ -120,6 +169,87 @@ TEST(SplitTest, HoldsOutEveryNthProjectInHashOrderAndCapsStably) {
   fewer.erase(std::find_if(fewer.begin(), fewer.end(),
                            [&](const auto& file) { return !chosen.count(file.relative_path); }));
   EXPECT_EQ(capped(fewer), chosen);
+}
+
+TEST(FileIoTest, WritesWholeFilesWithTheUmasksModeAndLeavesNothingOnFailure) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  const test_support::TempDir dir;
+  write_file_atomically(dir / "out.json", "first");
+  write_file_atomically(dir / "out.json", std::string("\0second", 7));
+  EXPECT_EQ(test_support::read_text(dir / "out.json"), std::string("\0second", 7));
+  struct stat info {};
+  ASSERT_EQ(stat((dir / "out.json").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0666 & ~mask);
+  EXPECT_EQ(umask(mask), mask);  // writing leaves the process's umask as it was
+
+  EXPECT_THROW(write_file_atomically(dir / "missing/out.json", "x"), ToolError);
+  write_text(dir / "taken/inside", "kept");
+  EXPECT_THROW(write_file_atomically(dir / "taken", "x"), ToolError);
+  EXPECT_EQ(test_support::read_text(dir / "taken/inside"), "kept");
+  EXPECT_EQ(test_support::list_folder(dir.path()), (std::vector<std::string>{"out.json", "taken"}));
+}
+
+// Text that differs at every position, so a wrongly placed or truncated view shows.
+std::string numbered_text(std::size_t size) {
+  std::string text;
+  for (std::size_t line = 0; text.size() < size; ++line) text += std::to_string(line) + "\n";
+  text.resize(size);
+  return text;
+}
+
+// Feeds `content` through a pipe, the way a shell feeds standard input, and reads it.
+InputResult through_pipe(const std::string& content, const Tokenizer* tokenizer,
+                         std::size_t ceiling = kMaxInputBytes) {
+  std::signal(SIGPIPE, SIG_IGN);  // the writer of a stream read only in part gets EPIPE
+  int ends[2];
+  EXPECT_EQ(pipe(ends), 0);
+  std::thread writer([&] {
+    for (std::size_t done = 0; done < content.size();) {
+      const ssize_t written = write(ends[1], content.data() + done, content.size() - done);
+      if (written <= 0) break;
+      done += static_cast<std::size_t>(written);
+    }
+    close(ends[1]);
+  });
+  InputResult result = open_input_descriptor(ends[0], false, tokenizer, ceiling);
+  close(ends[0]);  // a writer still blocked on a full pipe gets EPIPE and stops
+  writer.join();
+  return result;
+}
+
+// What is read of an input must tokenize exactly as the whole input does, however the
+// input's first steps run on: that is what lets the tool read a prefix only.
+TEST(InputTextTest, ThePrefixReadTokenizesAsTheWholeInput) {
+  const std::string filler = numbered_text(400'000);
+  const std::vector<std::string> inputs = {
+      "int main() { return 0; }\n" + filler,
+      "/* never closed\n" + filler,
+      "#!/usr/bin/env " + std::string(300'000, 'p') + "\n" + filler,
+      "<tag " + filler + ">",
+      "'open" + filler,
+      std::string("\xFF\xFE", 2) + "x\0=\0y\0\n\0" + filler,  // UTF-16 with a byte-order mark
+      std::string(200'000, '\n') + "# c\nword " + filler,
+  };
+  for (const auto& [max_bytes, max_tokens] :
+       std::vector<std::pair<std::uint64_t, std::uint64_t>>{{10240, 500}, {100, 0}, {0, 50}}) {
+    const Tokenizer tokenizer(Tokenizer::Opts{max_bytes, max_tokens});
+    for (const std::string& input : inputs) {
+      const InputResult read = through_pipe(input, &tokenizer);
+      ASSERT_EQ(read.status, ReadStatus::kRead) << read.error;
+      EXPECT_FALSE(read.truncated);
+      EXPECT_EQ(tokenizer.extract_tokens(IdentificationText(read.text, tokenizer).view()),
+                tokenizer.extract_tokens(IdentificationText(input, tokenizer).view()))
+          << input.substr(0, 20) << "... limits " << max_bytes << "/" << max_tokens;
+    }
+  }
+  // An endless stream stops at the ceiling; below it the whole stream is seen.
+  const Tokenizer unlimited(Tokenizer::Opts{0, 0});
+  const std::string text = numbered_text(1'000'000);
+  const InputResult read = through_pipe(text, &unlimited, 100'000);
+  EXPECT_TRUE(read.truncated);
+  EXPECT_EQ(read.text, text.substr(0, 100'000));
+  EXPECT_EQ(through_pipe(text, &unlimited).text, text);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The trainer's counting, weighting and data file writing, checked against the engine's scores.
+// The trainer's counting, weighting and data file writing, and the evaluator's score traces,
+// checked against the engine's own scores.
 #include <cmath>
 
 #include <rapidjson/document.h>
@@ -8,6 +9,7 @@
 #include "check/data_file_check.h"
 #include "classify/classifier.h"
 #include "common/tool_error.h"
+#include "eval/score_trace.h"
 #include "test_support.h"
 #include "train/data_file_writer.h"
 #include "train/discriminative.h"
@@ -167,6 +169,36 @@ TEST(DiscriminativeTest, PerceptronFixesWhatNaiveBayesRanksWrong) {
   require_valid_data_file(json, "adjusted.json");
   EXPECT_EQ(best(json, wide_file("new"), both).first, "Wide");
   EXPECT_EQ(best(json, {"c", "c", "c", "c", "t"}, both).first, "Narrow");
+}
+
+// The trace splits each candidate's score in two; put together they must give the engine's.
+TEST(ScoreTraceTest, RebuildsTheEnginesScoresAndKeepsTheFallback) {
+  const Example example;
+  const test_support::TempFile data(
+      render_data_file(example.languages, example.statistics, {1, 1000}));
+  Lingomat::Opts opts;
+  opts.classifier.data_file = data.path();
+  const Lingomat engine(opts);
+  std::vector<ScoreTrace> traces;
+  for (const std::string name : {"", "x.h"}) {
+    const std::string text = "int main() { return zero; }";
+    traces.push_back(trace_scores(engine, name.empty() ? "content" : "filename", "C", name, text));
+    EXPECT_EQ(traces.back().fallback, name.empty() ? "" : "C");
+    ASSERT_EQ(traces.back().candidates.size(), 2u);  // Markdown has no statistics
+    const auto tokens = engine.tokenizer().extract_tokens(text);
+    for (const CandidateScore& candidate : traces.back().candidates) {
+      EXPECT_NEAR(candidate.seen_score + double(candidate.unseen_tokens) * std::log(1.0 / 1000),
+                  engine.classifier().tokens_probability(tokens, candidate.language) +
+                      engine.classifier().language_probability(candidate.language),
+                  1e-9)
+          << candidate.language;
+    }
+  }
+  const std::string lines = format_score_traces(traces);
+  EXPECT_EQ(lines.substr(0, lines.find('\n')), "mode\texpected\tfallback\ttokens\tcandidates");
+  EXPECT_NE(lines.find("\nfilename\tC\tC\t" + std::to_string(traces[1].tokens) + "\tC="),
+            std::string::npos)
+      << lines;
 }
 
 }  // namespace
