@@ -6,6 +6,7 @@ import importlib.util
 import io
 import math
 import os
+import pathlib
 import tempfile
 import unittest
 
@@ -20,7 +21,6 @@ def _load(name, relative):
 
 
 fetch = _load("corpus_fetch", "corpus/fetch.py")
-noncode = _load("corpus_noncode", "corpus/noncode.py")
 sweep = _load("calibration_sweep", "tools/eval/calibration_sweep.py")
 tree = _load("validation_tree", "tools/eval/validation_tree.py")
 
@@ -31,11 +31,10 @@ class TempDirTest(unittest.TestCase):
         self.dir = self._tmp.name
         self.addCleanup(self._tmp.cleanup)
 
-    def write(self, rel, data, opener=open):
+    def write(self, rel, data):
         path = os.path.join(self.dir, rel)
         os.makedirs(os.path.dirname(path), exist_ok=True)
-        with opener(path, "wb") as handle:
-            handle.write(data)
+        pathlib.Path(path).write_bytes(data)
         return path
 
 
@@ -101,22 +100,6 @@ class FetchTest(TempDirTest):
         self.assertEqual(fetch.spread([1, 2], 5), [1, 2])
 
 
-class NonCodeTest(TempDirTest):
-    def test_doc_kinds_only_under_usr_share_doc_and_data_kinds_anywhere(self):
-        self.write("r/usr/share/doc/p/copyright", b"Format: x\n")
-        self.write("r/usr/share/doc/p/changelog.Debian.gz", b"p (1.0) unstable\n", gzip.open)
-        for rel in ("p/copyright", "p/table.csv", "p/main.c"):  # copyright only as a doc
-            self.write("r/usr/share/" + rel, b"a,b\n1,2\n")
-        found = sorted((kind, os.path.basename(path)) for kind, path in noncode.candidates(self.dir))
-        self.assertEqual(found, [("changelog", "changelog.Debian.gz"), ("copyright", "copyright"),
-                                 ("csv", "table.csv")])
-        self.assertEqual(noncode.read_text(self.write("a.gz", b"text\n", gzip.open)), b"text\n")
-        for rel, data in [("b", b"\x00\x01binary"), ("c", b"  \n"), ("d.gz", b"not gzip")]:
-            self.assertIsNone(noncode.read_text(self.write(rel, data)), rel)
-        self.assertTrue(noncode.is_markup(b"# Title\n\nText\n") and noncode.is_markup(b"Title\n===\n"))
-        self.assertFalse(noncode.is_markup(b"This package provides a library.\n"))
-
-
 class EvalHelpersTest(TempDirTest):
     def test_the_sweep_replays_the_engines_floor_and_fallback(self):
         # Two candidates over 50 tokens: A scores -300 - 10 ln U, B -320 with everything seen.
@@ -132,16 +115,11 @@ class EvalHelpersTest(TempDirTest):
         # Published vectors of 64-bit FNV-1a, as the tools' split uses.
         self.assertEqual(tree.fnv1a_64(b""), 0xCBF29CE484222325)
         self.assertEqual(tree.fnv1a_64(b"foobar"), 0x85944171F73967E8)
-        for language, projects in {"Go": ["a", "b", "c", "d"], "Zig": ["solo"]}.items():
-            for project in projects:
-                self.write(os.path.join("samples", language, project, "f.txt"), b"x")
+        for project in ("Go/a", "Go/b", "Go/c", "Go/d", "Zig/solo"):
+            self.write("samples/" + project + "/f.txt", b"x")
         output = os.path.join(self.dir, "val")
         self.assertEqual(tree.build(os.path.join(self.dir, "samples"), output, 3, 0), 3)
         by_hash = sorted("abcd", key=lambda name: tree.fnv1a_64(name.encode()))
         self.assertEqual(tree.test_projects(list("abcd"), 3, 0), {by_hash[0], by_hash[3]})
         self.assertEqual(set(os.listdir(os.path.join(output, "Go"))), {by_hash[1], by_hash[2]})
         self.assertTrue(os.path.isfile(os.path.join(output, "Zig", "solo", "f.txt")))
-
-
-if __name__ == "__main__":
-    unittest.main()
