@@ -67,9 +67,8 @@ std::string problems_of(const std::string& text) {
   return printed;
 }
 
-// Whatever the engine refuses, the check reports as an error at the place that is wrong. It
-// also names what the engine loads without a word and then scores with infinities, wrapped
-// counts or data nobody can see, and warns of data the engine never uses.
+// Whatever the engine refuses, the check reports at the place that is wrong; it also names what
+// the engine would load and turn into nonsense, and warns of data the engine never uses.
 TEST(DataFileCheck, ReportsWhatTheEngineRefusesAndWhatItWouldTurnIntoNonsense) {
   const std::string scaled = "{\"count_scale\": 2, \"tokens_total\": 20, \"counted_tokens\": 9";
   const std::string reweighted =
@@ -136,9 +135,8 @@ TEST(DataFileCheck, ReportsWhatTheEngineRefusesAndWhatItWouldTurnIntoNonsense) {
 }
 
 TEST(DataFileCheck, ReportsEveryProblemAndDeepNestingWithoutExhaustingTheStack) {
-  std::string text = with("\"C\": 2", "\"C\": -2");
-  text = with("\"def\": 3", "\"def\": 0", text);
-  text = with("\"all\": 1", "\"all\": 1, \"all\": 1", text);
+  const std::string text = with("\"all\": 1", "\"all\": 1, \"all\": 1",
+                                with("\"def\": 3", "\"def\": 0", with("\"C\": 2", "\"C\": -2")));
   EXPECT_EQ(check_data_text(text).count(Severity::kError), 3u) << problems_of(text);
 
   const std::size_t depth = 200000;
