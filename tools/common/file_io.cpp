@@ -123,13 +123,6 @@ ReadResult try_read_file(const std::string& path, bool stop_if_binary) {
   return result;
 }
 
-std::string read_problem(const std::string& path) {
-  std::string reason;
-  const int fd = open_regular_file(path, reason);
-  if (fd >= 0) ::close(fd);
-  return reason;
-}
-
 std::string read_file(const std::string& path, const std::string& what) {
   ReadResult result = try_read_file(path);
   if (result.status != ReadStatus::kRead) {

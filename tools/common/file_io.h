@@ -39,10 +39,6 @@ ReadResult try_read_file(const std::string& path, bool stop_if_binary = false);
 // only a directory fails.
 ReadResult try_read_descriptor(int fd, bool stop_if_binary = false);
 
-// Empty when `path` is a regular file this process may open for reading,
-// otherwise the reason it is not, as try_read_file would give it.
-std::string read_problem(const std::string& path);
-
 // The whole content of a file. `what` names the file's role in the message of
 // the ToolError thrown when it cannot be read ("cannot read <what> <path>: <reason>").
 std::string read_file(const std::string& path, const std::string& what);
