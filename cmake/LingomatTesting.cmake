@@ -18,5 +18,10 @@ function(lingomat_add_gtest target)
   add_executable(${target} ${arg_SOURCES})
   target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gtest_main)
   gtest_discover_tests(${target} TEST_PREFIX "${arg_PREFIX}" DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}")
+                       TEST_LIST ${target}_tests PROPERTIES TIMEOUT ${arg_TIMEOUT})
+  # Labels are set once the tests are discovered: given to gtest_discover_tests as a
+  # property, a list of them would be split into separate arguments.
+  set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${target}_labels.cmake)
+  file(WRITE ${labels_file} "if(${target}_tests)\n  set_tests_properties(\${${target}_tests} PROPERTIES LABELS \"${arg_LABELS}\")\nendif()\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels_file})
 endfunction()
