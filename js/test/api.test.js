@@ -64,6 +64,11 @@ test('wrong arguments are refused and the engine stays usable; a disposed one re
     assert.equal(engine.identify(C_TEXT, 'main.c'), 'C');
     assert.equal(engine.identify(new Uint8Array(0)), null);
     assert.ok(engine.languages.includes('Python'));
+    // The explanation names the answer and ranks as rank() does.
+    const why = engine.explain(C_TEXT, 'main.h');
+    assert.equal(why.language, engine.identify(C_TEXT, 'main.h'));
+    assert.deepEqual(why.ranking.map(({ language, score }) => ({ language, score })),
+      engine.rank(C_TEXT, 'main.h'));
     // Texts larger than any before grow the shared buffer; answers do not change.
     const big = C_TEXT.repeat(5000);
     assert.equal(engine.identify(big, 'main.c'), engine.identify(C_TEXT, 'main.c'));

@@ -1,5 +1,6 @@
 // Every answer and every ranking score of the package must be the native library's, bit for
-// bit, on this repository's sources and on a generated hostile set, under several options.
+// bit, on this repository's sources and on hostile texts, under several options; a string
+// answers as its UTF-8 bytes.
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
@@ -9,12 +10,11 @@ import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 import { createEngine } from '../src/index.js';
-import { hostileSet } from './hostile.js';
 
 const repo = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
 const driver = process.env.LINGOMAT_NATIVE_ANSWERS ??
   path.join(repo, 'build/tests/js/lingomat_native_answers');
-const dataFile = path.join(repo, 'data/lingomat.json');
+const encoder = new TextEncoder();
 
 const OPTION_SETS = [
   {},
@@ -22,62 +22,74 @@ const OPTION_SETS = [
   { maxScanBytes: 0, maxTokens: 0, only: ['C', 'Python', 'Shell', 'Markdown'] },
   { maxScanBytes: 1, maxTokens: 3, minTokens: 1, minScorePerToken: -3.5 },
 ];
+const SNIPPETS = [
+  '#include <stdio.h>\nint main(void) { printf("hi\\n"); return 0; }\n',
+  'def f(x):\n    return [y for y in x if y]\n\nclass A(object):\n    pass\n',
+  '<?php echo $a; ?>\n<html><body><div class="x">text</div></body></html>\n',
+  'SELECT a, b FROM t WHERE c = \'x\' ORDER BY a;\n', '---\nkey: value\nlist:\n  - a\n',
+  '(defun f (x) (if (null x) nil (cons (car x) (f (cdr x)))))\n',
+];
+const NAMES = ['', 'Makefile', 'x.h', 'a.b.c.rb', '.bashrc', 'n\u00e4me.py', 'CMakeLists.txt',
+  'script', 'x.', 'x.md', 'cut\u0000.py'];
+
+// Empty and binary input, broken UTF-8, unterminated strings and comments, huge lines and
+// tags, odd #! lines, and seeded mixtures of languages, each under two names.
+function hostileSet() {
+  let seed = 24;
+  const next = () => (seed = (seed * 1103515245 + 12345) % 2147483648) / 2147483648;
+  const pick = (list) => list[Math.floor(next() * list.length)];
+  const texts = ['', ' \n\t\r\n   ', '\u0000\u0000\u0000int\u0000main',
+    new Uint8Array([0xff, 0xfe, 0x00, 0x41, 0xc3, 0x28, 0xe2, 0x82, 0xf0, 0x9f, 0x98]),
+    Uint8Array.from({ length: 4096 }, () => Math.floor(next() * 256)), 'x'.repeat(100000),
+    '('.repeat(5000) + ')'.repeat(4999), '/* never closed ' + 'int x; '.repeat(300),
+    '"never closed ' + 'word '.repeat(500), '<' + 'a '.repeat(20000),
+    '<div ' + 'attr="v" '.repeat(3000) + '>', '#!\n', '#! /bin/sh\necho $1\n',
+    '#!/usr/bin/env -S python3 -u\nprint(1)\n', '#!/usr/local/bin/perl5.36 -w\nmy $x = 1;\n',
+    '\ufeff// a byte-order mark first\nvar x = 1;\n', 'caf\u00e9 \u65e5\u672c \ud83d\ude00 '.repeat(200),
+    '\r\n'.repeat(3000) + 'end', '\'\'\'\n"""\n`\n' + '\\'.repeat(999)];
+  for (let i = 0; i < 16; i++) {
+    texts.push(Array.from({ length: 1 + Math.floor(next() * 6) },
+      () => pick(SNIPPETS).repeat(1 + Math.floor(next() * 8))).join(''));
+  }
+  return texts.flatMap((text, i) => [NAMES[i % NAMES.length], pick(NAMES)].map((name, j) => ({
+    id: `hostile-${i}-${j}`, bytes: typeof text === 'string' ? encoder.encode(text) : text, name })));
+}
 
 function repositoryFiles() {
   const listed = execFileSync('git', ['-C', repo, 'ls-files', '-z'], { encoding: 'utf8' });
   return listed.split('\0').filter(Boolean).map((file) => ({
-    id: file,
-    bytes: new Uint8Array(readFileSync(path.join(repo, file))),
-    name: path.basename(file),
+    id: file, bytes: new Uint8Array(readFileSync(path.join(repo, file))), name: path.basename(file),
   })).filter((entry) => entry.bytes.length < (4 << 20));
 }
 
-function nativeFlags(options) {
-  const flags = ['--data', dataFile];
-  const names = { maxScanBytes: '--max-scan-bytes', maxTokens: '--max-tokens',
-    minTokens: '--min-tokens', minScorePerToken: '--min-score-per-token' };
-  for (const [key, flag] of Object.entries(names)) {
-    if (options[key] !== undefined) flags.push(flag, String(options[key]));
+// The native answers for `cases`, each { language, ranking }, in order. The driver prints
+// answer<TAB>count{<TAB>language<TAB>score} per "path<TAB>name" line it reads.
+function nativeAnswers(cases, options, folder) {
+  const flags = ['--data', path.join(repo, 'data/lingomat.json')];
+  for (const key of ['maxScanBytes', 'maxTokens', 'minTokens', 'minScorePerToken']) {
+    if (options[key] !== undefined) flags.push(`--${key}`, String(options[key]));
   }
   for (const name of options.only ?? []) flags.push('--only', name);
-  return flags;
-}
-
-function nativeNumber(text) {
-  return { inf: Infinity, '-inf': -Infinity, nan: NaN, '-nan': NaN }[text] ?? Number(text);
-}
-
-// The native answers for `cases`, each { language, ranking }, in order.
-function nativeAnswers(cases, options, folder) {
-  const lines = cases.map((entry, i) => {
-    const file = path.join(folder, String(i));
-    writeFileSync(file, entry.bytes);
-    return `${file}\t${entry.name}\n`;
-  });
-  const run = spawnSync(driver, nativeFlags(options), {
-    input: lines.join(''), maxBuffer: 256 << 20, encoding: 'utf8',
-  });
+  const input = cases.map((entry, i) => {
+    writeFileSync(path.join(folder, String(i)), entry.bytes);
+    return `${path.join(folder, String(i))}\t${entry.name}\n`;
+  }).join('');
+  const run = spawnSync(driver, flags, { input, maxBuffer: 256 << 20, encoding: 'utf8' });
   assert.equal(run.status, 0, `native driver failed: ${run.stderr}`);
+  const number = (text) => ({ inf: Infinity, '-inf': -Infinity, nan: NaN, '-nan': NaN }[text] ?? Number(text));
   return run.stdout.split('\n').slice(0, -1).map((line) => {
     const fields = line.split('\t');
     const ranking = [];
-    for (let i = 2; i < fields.length; i += 2) {
-      ranking.push({ language: fields[i], score: nativeNumber(fields[i + 1]) });
-    }
+    for (let i = 2; i < fields.length; i += 2) ranking.push({ language: fields[i], score: number(fields[i + 1]) });
     assert.equal(ranking.length, Number(fields[1]));
     return { language: fields[0] === '' ? null : fields[0], ranking };
   });
 }
 
-function sameRanking(actual, expected) {
-  return actual.length === expected.length && actual.every((entry, i) =>
-    entry.language === expected[i].language && Object.is(entry.score, expected[i].score));
-}
-
 test('the package answers as the native library does', async (t) => {
-  assert.ok(existsSync(driver),
-    `${driver} is missing: build it first (cmake --build build --target lingomat_native_answers)`);
+  assert.ok(existsSync(driver), `${driver} is missing: build it (target lingomat_native_answers)`);
   const cases = [...repositoryFiles(), ...hostileSet()];
+  assert.ok(cases.length > 100, `only ${cases.length} files`);
   const folder = mkdtempSync(path.join(tmpdir(), 'lingomat-js-'));
   const utf8 = new TextDecoder('utf-8', { fatal: true, ignoreBOM: true });
   try {
@@ -89,7 +101,9 @@ test('the package answers as the native library does', async (t) => {
         cases.forEach((entry, i) => {
           const language = engine.identify(entry.bytes, entry.name);
           const ranking = engine.rank(entry.bytes, entry.name);
-          if (language !== expected[i].language || !sameRanking(ranking, expected[i].ranking)) {
+          const same = ranking.length === expected[i].ranking.length && ranking.every((r, k) =>
+            r.language === expected[i].ranking[k].language && Object.is(r.score, expected[i].ranking[k].score));
+          if (language !== expected[i].language || !same) {
             differences.push(`${entry.id}: ${language} vs native ${expected[i].language}`);
           }
           let text = null;
@@ -103,7 +117,6 @@ test('the package answers as the native library does', async (t) => {
           }
         });
         engine.dispose();
-        assert.ok(cases.length > 100, `only ${cases.length} files`);
         assert.deepEqual(differences, []);
       });
     }

@@ -1,8 +1,7 @@
-"""The lingomat tool run as users run it, on a tiny data file written for each test: what it
-prints, its exit status and error lines, how it walks trees, and its options.
-
-The tiny data knows Alpha (token "alpha", ".al", file "Alphafile") and Beta (token "beta",
-".be" and also ".al", interpreter "betash"). In the tables "@/" stands for the test's folder."""
+"""The lingomat tool run as users run it, on tiny data files written for each test: what it
+prints, its exit status and errors, how it walks trees, and its options. The tiny data knows
+Alpha (token "alpha", ".al", file "Alphafile") and Beta (token "beta", ".be" and also ".al",
+interpreter "betash"). In the tables "@/" stands for the test's folder."""
 
 import base64
 import json
@@ -14,37 +13,37 @@ import pytest
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
 TOOL = os.environ.get("LINGOMAT_TOOL", os.path.join(ROOT, "build", "tools", "cli", "lingomat"))
-TINY = """{"filenames": {"Alpha": ["Alphafile"]},
-  "extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]}, "interpreters": {"Beta": ["betash"]},
-  "languages": {"Alpha": 1, "Beta": 1}, "language_tokens": {"Alpha": 100, "Beta": 100},
-  "tokens": {"Alpha": {"alpha": 80, "(": 10, ")": 10}, "Beta": {"beta": 80, "{": 10, "}": 10}},
-  "tokens_total": 200, "languages_total": 2}"""
+
+
+def data(tokens, extnames, language_tokens, total, **names):
+    return json.dumps(dict({"filenames": {}, "interpreters": {}}, **names, tokens=tokens,
+                           extnames=extnames, languages={name: 1 for name in tokens},
+                           language_tokens=language_tokens, tokens_total=total,
+                           languages_total=len(tokens)))
+
+
+TINY = data({"Alpha": {"alpha": 80, "(": 10, ")": 10}, "Beta": {"beta": 80, "{": 10, "}": 10}},
+            {"Alpha": [".al"], "Beta": [".be", ".al"]}, {"Alpha": 100, "Beta": 100}, 200,
+            filenames={"Alpha": ["Alphafile"]}, interpreters={"Beta": ["betash"]})
 # A .pp file is Puppet or Pascal. Pascal's words are rare in its samples, so a Pascal text
 # scores below every floor, yet far above Puppet.
-PUPPET_OR_PASCAL = """{"filenames": {}, "interpreters": {},
-  "extnames": {"Puppet": [".pp"], "Pascal": [".pp", ".pas"]},
-  "languages": {"Puppet": 1, "Pascal": 1}, "language_tokens": {"Puppet": 100, "Pascal": 5000},
-  "tokens": {"Puppet": {"class": 50, "{": 25, "}": 25}, "Pascal": {"begin": 1, "end": 1, ";": 1}},
-  "tokens_total": 100000, "languages_total": 2}"""
+PUPPET_OR_PASCAL = data({"Puppet": {"class": 50, "{": 25, "}": 25},
+                         "Pascal": {"begin": 1, "end": 1, ";": 1}},
+                        {"Puppet": [".pp"], "Pascal": [".pp", ".pas"]},
+                        {"Puppet": 100, "Pascal": 5000}, 100000)
 # Prose and code score alike here (-6.5 per token), between the floor (-7) and prose's (-6).
-NOTES = """{"filenames": {}, "interpreters": {}, "extnames": {"Notes": [".notes"]},
-  "languages": {"Notes": 1}, "language_tokens": {"Notes": 665},
-  "tokens": {"Notes": {"the": 1, "of": 1, "licence": 1, "x": 1, "=": 1, ";": 1}},
-  "tokens_total": 665, "languages_total": 1}"""
-# The library's floors, so that short or poorly fitting texts get no content-only answer.
-FLOORS = ["--min-tokens", "40", "--min-score", "-8"]
-VCS = [".git", ".hg", ".svn", ".bzr", "CVS", "_darcs"]
-BINARY = b"PNG\0\x01\x02"
-PROSE = "the licence of the licence " * 10
+NOTES = data({"Notes": dict.fromkeys(["the", "of", "licence", "x", "=", ";"], 1)},
+             {"Notes": [".notes"]}, {"Notes": 665}, 665)
+FLOORS = ["--min-tokens", "40", "--min-score", "-8"]  # the library's; the tool's are lower
+HI, BINARY, PROSE = "hi\n", b"PNG\0\x01\x02", "the licence of the licence " * 10
 
 
 def words(word, count):
     return (word + " ") * count
 
 
-def utf16(text, byte_order, bom=True):
-    return ({"le": b"\xff\xfe", "be": b"\xfe\xff"}[byte_order] if bom else b"") + \
-        text.encode("utf-16-" + byte_order)
+def utf16(text, order, bom=True):
+    return ({"le": b"\xff\xfe", "be": b"\xfe\xff"}[order] if bom else b"") + text.encode("utf-16-" + order)
 
 
 class Scratch:
@@ -55,7 +54,7 @@ class Scratch:
     def at(self, text):
         return text.replace("@/", self.root + "/")
 
-    def write(self, relative, content="hi\n"):
+    def write(self, relative, content=HI):
         """Writes a file; content "->TARGET" makes a symbolic link instead."""
         path = self.at("@/" + relative)
         os.makedirs(os.path.dirname(path), exist_ok=True)
@@ -68,14 +67,13 @@ class Scratch:
 
     def run(self, *args, stdin="", tool=TOOL, stdout=subprocess.PIPE):
         """Runs the tool; the tiny data and the library's floors go first unless the arguments
-        name a data file."""
+        name a data file or the tool is another copy."""
         args = [self.at(a) for a in args]
-        if "--data" not in args:
+        if "--data" not in args and tool == TOOL:
             args = ["--data", self.data] + FLOORS + args
         done = subprocess.run([tool] + args, input=os.fsencode(self.at(stdin)), stdout=stdout,
                               stderr=subprocess.PIPE, timeout=60)
-        done.out = os.fsdecode(done.stdout or b"")
-        done.err = os.fsdecode(done.stderr)
+        done.out, done.err = os.fsdecode(done.stdout or b""), os.fsdecode(done.stderr)
         return done
 
     def json_lines(self, *args):
@@ -89,10 +87,8 @@ def scratch(tmp_path):
     return Scratch(tmp_path)
 
 
-HI = "hi\n"
-B50 = words("beta", 50)
-PASCAL = words("begin ; end ;", 20)
-# name: (files, arguments, output, pieces of standard error). The file "<stdin>" is fed on
+PASCAL, B50, VCS = words("begin ; end ;", 20), words("beta", 50), [".git", ".hg", ".svn", ".bzr", "CVS", "_darcs"]
+# name: (files, arguments, output[, pieces of standard error]). The file "<stdin>" is fed on
 # standard input. The exit status is 1 when errors are expected, 0 otherwise.
 CASES = {
     "a line per file by path, empty when unknown": (
@@ -128,12 +124,10 @@ CASES = {
     "links in trees: dangling ones are not files": (
         {"t/a.al": HI, "t/broken.al": "->@/nowhere", "t/link.al": "->@/t/a.al"}, ["@/t"],
         "@/t/a.al\tAlpha\n@/t/link.al\tAlpha\n"),
-    "overlapping arguments list a file once": ({"t/a.al": HI}, ["@/t", "@/t/a.al", "@/t"],
-                                               "@/t/a.al\tAlpha\n"),
+    "overlapping arguments list a file once": ({"t/a.al": HI}, ["@/t", "@/t/a.al", "@/t"], "@/t/a.al\tAlpha\n"),
     "spellings of a folder are one, printed as first reached": (
         {"t/a.al": HI}, ["@/./t", "@/t/", "@/t"], "@/./t/a.al\tAlpha\n"),
-    "a file named explicitly is printed as given": ({"t/a.al": HI}, ["@/t", "@/t//a.al"],
-                                                    "@/t//a.al\tAlpha\n"),
+    "a file named explicitly is printed as given": ({"t/a.al": HI}, ["@/t", "@/t//a.al"], "@/t//a.al\tAlpha\n"),
     "ignore files": ({"r/.gitignore": "b/\n*.be\n!keep.be\n", "r/sub/.ignore": "x.al\n",
                       "r/b/x.al": HI, "r/a.be": HI, "r/keep.be": HI, "r/sub/x.al": HI, "r/x.al": HI},
                      ["@/r"], "@/r/.gitignore\t\n@/r/keep.be\tBeta\n@/r/sub/.ignore\t\n@/r/x.al\tAlpha\n"),
@@ -158,18 +152,19 @@ CASES = {
         '"by_content":true}\n{"name":"Beta","extensions":[".be",".al"],"filenames":[],'
         '"interpreters":["betash"],"by_content":true}\n'),
     "--only drops other name candidates and limits the classifier": (
-        {"Alphafile": HI, "y": words("alpha", 50), "b.al": HI}, ["--only", "Beta", "@/Alphafile",
-                                                                "@/y", "@/b.al"],
-        "@/Alphafile\t\n@/b.al\tBeta\n@/y\tBeta\n"),
+        {"Alphafile": HI, "y": words("alpha", 50), "b.al": HI},
+        ["--only", "Beta", "@/Alphafile", "@/y", "@/b.al"], "@/Alphafile\t\n@/b.al\tBeta\n@/y\tBeta\n"),
     "--only repeated": ({"Alphafile": HI, "y": words("alpha", 50)},
-                        ["--only", "Beta", "--only=Alpha", "@/Alphafile", "@/y"],
-                        "@/Alphafile\tAlpha\n@/y\tAlpha\n"),
+                        ["--only", "Beta", "--only=Alpha", "@/Alphafile", "@/y"], "@/Alphafile\tAlpha\n@/y\tAlpha\n"),
     "the floors silence content-only answers": ({"x": words("beta", 10)}, ["@/x"], "@/x\t\n"),
-    "the tool's own floors are lower": ({"x": words("beta", 10)},
-                                        ["--data", "@/io/data.json", "@/x"], "@/x\tBeta\n"),
+    "the tool's own floors are lower": ({"x": words("beta", 10)}, ["--data", "@/io/data.json", "@/x"],
+                                        "@/x\tBeta\n"),
     "name candidates are ranked whatever the floors": (
-        {"x.al": words("beta", 10)}, ["--min-tokens", "51", "--min-score", "-0.1", "@/x.al"],
-        "@/x.al\tBeta\n"),
+        {"x.al": words("beta", 10)}, ["--min-tokens", "51", "--min-score", "-0.1", "@/x.al"], "@/x.al\tBeta\n"),
+    "limits that silence the classifier": (
+        {"x": B50}, ["--max-tokens", "10", "@/x", "--max-bytes=20", "-j2", "--min-score", "-0.1"], "@/x\t\n"),
+    "limits lifted": ({"x": B50}, ["--max-tokens", "0", "--max-bytes", "0", "--min-score", "0", "@/x"],
+                      "@/x\tBeta\n"),
     "a file named like an option after --": ({"--json": B50}, ["--", "@/--json"], "@/--json\tBeta\n"),
     "Pascal below the floors still beats Puppet by name, not without one": (
         {"pp": PUPPET_OR_PASCAL, "a.pp": PASCAL, "b.pp": words("class { }", 20), "c": PASCAL},
@@ -194,8 +189,7 @@ CASES = {
 }
 
 
-@pytest.mark.parametrize("files, args, out, errors", [c + ((),)[len(c) - 3:] for c in CASES.values()],
-                         ids=CASES)
+@pytest.mark.parametrize("files, args, out, errors", [(c + ((),))[:4] for c in CASES.values()], ids=CASES)
 def test_answers(scratch, files, args, out, errors):
     for name, content in files.items():
         if name != "<stdin>":
@@ -205,57 +199,41 @@ def test_answers(scratch, files, args, out, errors):
     assert all(scratch.at(error) in done.err for error in errors) and (errors or not done.err)
 
 
-# Each with exit status 2, nothing on standard output and an error naming the problem.
+# Each fails with status 2, printing nothing but an error that names the problem.
 USAGE_ERRORS = [
-    (["--max-bytes", "abc"], "--max-bytes"), (["--max-bytes", "-1"], "--max-bytes"),
-    (["--max-bytes", ""], "--max-bytes"), (["--max-tokens", "18446744073709551616"], "--max-tokens"),
-    (["--min-tokens", "1.5"], "--min-tokens"), (["--min-tokens", " 4"], "--min-tokens"),
-    (["--min-score", "nan"], "--min-score"), (["--min-score", "-inf"], "--min-score"),
-    (["--min-score", "1e999"], "--min-score"), (["--min-score", "-8x"], "--min-score"),
-    (["--min-score", " -8"], "--min-score"), (["-j", "0"], "--jobs"), (["--jobs=100000"], "--jobs"),
-    (["-jx"], "--jobs"), (["--only", ""], "--only"), (["--frobnicate"], "--frobnicate"),
-    (["--json=yes"], "--json"), (["--exclude", ""], "--exclude"), (["--name", "x.al"], "--name"),
-    (["--explain", "--summary"], "--summary"), (["-0", "--explain"], "-0"),
-    (["--list-languages"], "--list-languages"),
+    (["--max-bytes", "-1"], "--max-bytes"), (["--max-tokens", "18446744073709551616"], "--max-tokens"),
+    (["--min-tokens", "1.5"], "--min-tokens"), (["--min-score", "nan"], "--min-score"),
+    (["--min-score", "-8x"], "--min-score"), (["-j", "0"], "--jobs"), (["-jx"], "--jobs"),
+    (["--only", ""], "--only"), (["--frobnicate"], "--frobnicate"), (["--json=yes"], "--json"),
+    (["--exclude", ""], "--exclude"), (["--name", "x.al"], "--name"), (["--explain", "--summary"], "--summary"),
+    (["-0", "--explain"], "-0"), (["--list-languages"], "--list-languages"), (["-"], "'-'"),
     (["--only", "beta"], "unknown language 'beta' for --only; did you mean 'Beta'?"),
     (["--only", "Fortran"], "unknown language 'Fortran' for --only (--list-languages"),
     (["--files-from", "@/missing"], "cannot read --files-from @/missing: No such file"),
     (["--files-from", "@/io"], "cannot read --files-from @/io: Is a directory\n"),
-]
-BAD_DATA = [("@/io/none.json", "File I/O: "), ("@/io", "File I/O: "),
-            ("@/io/bad.json", "Unable to process JSON: "),
-            ("@/io/partial.json", "Unable to process JSON: ")]
+] + [(["--data", path], f"{status}: data file '{path}': ") for path, status in [
+    ("@/io/none.json", "File I/O"), ("@/io", "File I/O"), ("@/io/bad.json", "Unable to process JSON"),
+    ("@/io/partial.json", "Unable to process JSON")]]
 
 
-@pytest.mark.parametrize("args, named", USAGE_ERRORS + [(["--data", d], s + "data file '" + d + "': ")
-                                                          for d, s in BAD_DATA])
+@pytest.mark.parametrize("args, named", USAGE_ERRORS)
 def test_usage_errors(scratch, args, named):
     scratch.write("io/bad.json", '{"filenames": ')
     scratch.write("io/partial.json", '{"filenames": {}}')
-    done = scratch.run(*args, "@/x.al")
-    assert (done.returncode, done.out) == (2, "")
-    assert done.err.startswith("lingomat: ") and scratch.at(named) in done.err, done.err
-
-
-@pytest.mark.parametrize("args", [[], ["-", "-"], ["--files-from", "-", "-"], ["@/x", "--data"]])
-def test_usage_errors_without_a_file(scratch, args):
-    done = scratch.run(*args)
+    done = scratch.run(*args, "-" if args == ["-"] else "@/x.al")
     assert (done.returncode, done.out, done.err[:10]) == (2, "", "lingomat: "), done.err
-
-
-def test_help_goes_to_standard_output(scratch):
-    for flag in ("--help", "-h"):
-        done = scratch.run(flag)
-        assert (done.returncode, done.err) == (0, "") and done.out.startswith("Usage: lingomat")
+    assert scratch.at(named) in done.err
+    for missing in ([], ["--files-from", "-", "-"], ["@/x", "--data"]):  # no path, or a value
+        assert scratch.run(*missing).returncode == 2
+    done = scratch.run("--help")
+    assert (done.returncode, done.err, done.out[:15]) == (0, "", "Usage: lingomat")
 
 
 def test_devices_and_fifos_are_refused_without_being_read(scratch):
-    good = scratch.write("good.al")
-    fifo = scratch.at("@/fifo.al")
+    fifo, link = scratch.at("@/fifo.al"), scratch.write("zero.al", "->/dev/zero")
     os.mkfifo(fifo)
-    link = scratch.write("zero.al", "->/dev/zero")
-    done = scratch.run("/dev/zero", "/dev/null", good, fifo, link)
-    assert (done.returncode, done.out) == (1, good + "\tAlpha\n")
+    done = scratch.run("/dev/zero", "/dev/null", scratch.write("good.al"), fifo, link)
+    assert (done.returncode, done.out) == (1, scratch.at("@/good.al\tAlpha\n"))
     for refused in ("/dev/zero", "/dev/null", fifo, link):
         assert f"lingomat: {refused}: not a regular file\n" in done.err
     # Standard input is a stream, whatever it is connected to.
@@ -265,73 +243,61 @@ def test_devices_and_fifos_are_refused_without_being_read(scratch):
 def test_unreadable_files_and_folders_are_reported(scratch):
     if os.geteuid() == 0:
         pytest.skip("root reads everything")
-    scratch.write("tree/a.al")
-    locked_file = scratch.write("tree/locked.al")
-    scratch.write("tree/locked/b.al")
-    os.chmod(locked_file, 0)
-    os.chmod(scratch.at("@/tree/locked"), 0)
-    done = scratch.run("@/tree", locked_file)
-    assert (done.returncode, done.out) == (1, scratch.at("@/tree/a.al\tAlpha\n"))
-    assert scratch.at(f"{locked_file}: Permission denied\n@/tree/locked: Permission denied") \
-        in done.err
+    scratch.write("t/a.al")
+    os.chmod(scratch.write("t/locked.al"), 0)
+    os.chmod(os.path.dirname(scratch.write("t/locked/b.al")), 0)
+    done = scratch.run("@/t", "@/t/locked.al")
+    assert (done.returncode, done.out) == (1, scratch.at("@/t/a.al\tAlpha\n"))
+    assert scratch.at("@/t/locked.al: Permission denied\n@/t/locked: Permission denied") in done.err
 
 
-# Folders and links are opened relative to their parent: the whole path is too long for the
-# system calls that take one. A link to a folder is not followed, however deep.
+# Folders are opened relative to their parent, since the whole path is too long for the system
+# calls that take one; a link to a folder is not followed, however deep.
 def test_walks_paths_longer_than_path_max_and_stays_off_links_to_folders(scratch):
     scratch.write("outside/secret.al")
-    scratch.write("tree/top.al")
-    os.symlink(scratch.at("@/outside"), scratch.at("@/tree/link"))
-    folder, deep = os.open(scratch.at("@/tree"), os.O_RDONLY), scratch.at("@/tree")
+    scratch.write("t/top.al")
+    os.symlink(scratch.at("@/outside"), scratch.at("@/t/link"))
+    folder, deep = os.open(scratch.at("@/t"), os.O_RDONLY), scratch.at("@/t")
     for _ in range(25):
         os.mkdir("d" * 200, dir_fd=folder)
-        folder, old = os.open("d" * 200, os.O_RDONLY, dir_fd=folder), folder
-        os.close(old)
+        parent, folder = folder, os.open("d" * 200, os.O_RDONLY, dir_fd=folder)
+        os.close(parent)
         deep += "/" + "d" * 200
-    file = os.open("deep.al", os.O_WRONLY | os.O_CREAT, dir_fd=folder)
-    os.write(file, b"hi\n")
-    os.close(file)
+    os.close(os.open("deep.al", os.O_WRONLY | os.O_CREAT, dir_fd=folder))
     os.symlink(scratch.at("@/outside"), "deeplink", dir_fd=folder)
     os.close(folder)
     assert len(deep) > os.pathconf("/", "PC_PATH_MAX")
-    done = scratch.run("@/tree")
-    assert (done.returncode, done.out) == (0, deep + "/deep.al\tAlpha\n" + scratch.at("@/tree/top.al\tAlpha\n"))
+    assert scratch.run("@/t").out == deep + "/deep.al\tAlpha\n" + scratch.at("@/t/top.al\tAlpha\n")
 
 
 def test_order_is_by_path_bytes_whatever_the_thread_count(scratch):
-    for name in ("B.al", "a.al", "a.b/c.al", "a/b.al", "Z/z.be", "_.al", "a-b.al"):
-        scratch.write("tree/" + name)
-    for i in range(60):
-        scratch.write(f"tree/many/f{i}.be", words("beta", i))
-    one, four = scratch.run("-j", "1", "@/tree").out, scratch.run("-j", "4", "@/tree").out
-    assert one == four
+    for name in ["B.al", "a.al", "a.b/c.al", "a/b.al", "Z/z.be", "_.al", "a-b.al"] + \
+            [f"many/f{i}.be" for i in range(60)]:
+        scratch.write("t/" + name, words("beta", len(name)))
+    one, four = scratch.run("-j", "1", "@/t").out, scratch.run("-j", "4", "@/t").out
     paths = [os.fsencode(line.split("\t")[0]) for line in one.splitlines()]
-    assert len(paths) == 67 and paths == sorted(set(paths))
+    assert one == four and len(paths) == 67 and paths == sorted(set(paths))
 
 
 def test_an_install_moved_elsewhere_finds_its_data_file_and_no_other(scratch):
     binary = scratch.at("@/prefix/" + os.environ["LINGOMAT_CLI_INSTALLED_BINARY"])
     os.makedirs(os.path.dirname(binary))
     shutil.copy(TOOL, binary)
-    file = scratch.write("Alphafile")
     if not os.path.exists(os.environ["LINGOMAT_INSTALLED_DATA"]):
         # Without one beside it, a copy neither reads the source tree's data nor names it.
-        done = subprocess.run([binary, file], capture_output=True, text=True, timeout=60)
-        assert (done.returncode, done.stdout) == (2, "") and "no data file found" in done.stderr
-        assert os.environ["LINGOMAT_SOURCE_TREE_DATA"] not in done.stderr
-    beside = os.path.normpath(os.path.join(os.path.dirname(binary),
-                                           os.environ["LINGOMAT_CLI_DATA_FROM_BINDIR"]))
-    os.makedirs(os.path.dirname(beside))
-    shutil.copy(scratch.data, beside)
-    done = subprocess.run([binary, file], capture_output=True, text=True, timeout=60)
-    assert (done.returncode, done.stdout) == (0, file + "\tAlpha\n"), done.stderr
+        done = scratch.run("@/x", tool=binary)
+        assert (done.returncode, done.out) == (2, "") and "no data file found" in done.err
+        assert os.environ["LINGOMAT_SOURCE_TREE_DATA"] not in done.err
+    beside = os.path.join(os.path.dirname(binary), os.environ["LINGOMAT_CLI_DATA_FROM_BINDIR"])
+    os.makedirs(os.path.dirname(os.path.normpath(beside)))
+    shutil.copy(scratch.data, os.path.normpath(beside))
+    assert scratch.run(scratch.write("Alphafile"), tool=binary).out == scratch.at("@/Alphafile\tAlpha\n")
 
 
 def test_output_that_cannot_be_written_is_status_one(scratch):
     with open("/dev/full", "wb") as full:
         done = scratch.run(scratch.write("x.al"), stdout=full)
-    assert done.returncode == 1
-    assert "lingomat: cannot write the output: No space left on device" in done.err
+    assert done.returncode == 1 and "lingomat: cannot write the output: No space left on device" in done.err
 
 
 def test_json_lines(scratch):
@@ -339,81 +305,55 @@ def test_json_lines(scratch):
              # Three lengths of a name that is not UTF-8, so that every padding comes up.
              "caf\udce9.al": "Alpha", "caf\udce9x.al": "Alpha", "caf\udce9xy.al": "Alpha"}
     for name in files:
-        scratch.write("tree/" + name, "hello\n" if name == "notes.zz" else "hi\n")
+        scratch.write("t/" + name, "hello\n" if name == "notes.zz" else HI)
     by_path = {}
-    for record in scratch.json_lines("@/tree"):
+    for record in scratch.json_lines("@/t"):
         path = record["path"]
         if "path_base64" in record:  # a name that is not UTF-8: readable, and its exact bytes
             path = os.fsdecode(base64.b64decode(record.pop("path_base64")))
             assert record["path"] == path.replace("\udce9", "\ufffd")
         assert set(record) == {"path", "language"}
         by_path[path] = record["language"]
-    assert by_path == {scratch.at("@/tree/" + name): language for name, language in files.items()}
+    assert by_path == {scratch.at("@/t/" + name): language for name, language in files.items()}
 
 
-def test_json_explanation(scratch):
-    [record] = scratch.json_lines("--explain", scratch.write("x.al", words("beta", 50)))
-    evidence = record.pop("evidence")
-    assert record == {"path": scratch.at("@/x.al"), "language": "Beta"}
-    ranking = evidence.pop("ranking")
-    assert evidence == {"filename": {"name": "x.al", "languages": []},
-                        "shebang": {"interpreter": None, "languages": []},
-                        "extension": {"extension": ".al", "languages": ["Alpha", "Beta"]},
-                        "candidates": ["Alpha", "Beta"], "tokens": 50, "min_tokens": 1,
-                        "min_score_per_token": 0.0, "decision": "classifier"}
-    assert [r["language"] for r in ranking] == ["Beta", "Alpha"]
-    assert ranking[0]["score"] > ranking[1]["score"]
-    assert ranking[0]["score_per_token"] == ranking[0]["score"] / 50
-    assert [r["above_floor"] for r in ranking] == [True, True]
-    # Beta scores about -0.24 per token, Alpha about -5.3: a floor of -1 drops Alpha only.
-    scratch.write("x", words("beta", 50))
-    [record] = scratch.json_lines("--explain", "--min-score", "-1", "@/x")
-    assert [r["above_floor"] for r in record["evidence"]["ranking"]] == [True, False]
-
-
-def test_explanation_agrees_with_the_answer_under_only(scratch):
-    scratch.write("x", words("alpha", 50))
-    scratch.write("x.al", words("alpha", 50))
-    unnamed, named = scratch.json_lines("--explain", "--only", "Beta", "--min-score", "-1",
-                                        "@/x", "@/x.al")
-    assert unnamed["language"] is None and unnamed["evidence"]["decision"] == "none"
-    assert unnamed["evidence"]["candidates"] == []
-    assert unnamed["evidence"]["min_score_per_token"] == -1.0
-    assert [(r["language"], r["above_floor"]) for r in unnamed["evidence"]["ranking"]] == \
-        [("Beta", False)]
-    # Among name candidates that floor does not apply.
-    assert named["language"] == "Beta" and named["evidence"]["decision"] == "classifier"
-    assert named["evidence"]["min_score_per_token"] == 0.0
-
-
-def test_text_explanation_follows_each_line(scratch):
+def test_explanations(scratch):
+    [record] = scratch.json_lines("--explain", scratch.write("x.al", B50))
+    ranking = record["evidence"].pop("ranking")
+    # Among name candidates the floors do not apply.
+    assert record == {"path": scratch.at("@/x.al"), "language": "Beta", "evidence": {
+        "filename": {"name": "x.al", "languages": []}, "shebang": {"interpreter": None, "languages": []},
+        "extension": {"extension": ".al", "languages": ["Alpha", "Beta"]}, "candidates": ["Alpha", "Beta"],
+        "tokens": 50, "min_tokens": 1, "min_score_per_token": 0.0, "decision": "classifier"}}
+    assert [(r["language"], r["above_floor"]) for r in ranking] == [("Beta", True), ("Alpha", True)]
+    assert ranking[0]["score"] > ranking[1]["score"] and ranking[0]["score_per_token"] == ranking[0]["score"] / 50
+    # Alpha scores about -5.3 per token: below a floor of -1, and Beta in Alpha's text too.
+    scratch.write("x", B50)
+    scratch.write("y", words("alpha", 50))
+    x, y = scratch.json_lines("--explain", "--min-score", "-1", "@/x", "@/y")
+    assert [r["above_floor"] for r in x["evidence"]["ranking"]] == [True, False]
+    [y] = scratch.json_lines("--explain", "--only", "Beta", "--min-score", "-1", "@/y")
+    assert (y["language"], y["evidence"]["decision"], y["evidence"]["min_score_per_token"]) == (None, "none", -1)
+    assert [(r["language"], r["above_floor"]) for r in y["evidence"]["ranking"]] == [("Beta", False)]
     done = scratch.run("--explain", scratch.write("Alphafile", " \n"))
-    assert done.out.startswith(scratch.at("@/Alphafile\tAlpha\n")), done.err
-    for shown in ("filename     Alphafile: Alpha\n", "too few tokens",
-                  "decision     first candidate\n"):
-        assert shown in done.out
-    scratch.write("pp.json", PUPPET_OR_PASCAL)
-    done = scratch.run("--data", "@/pp.json", "--explain", scratch.write("unit.pp", "begin ; end ;" * 20))
-    assert "decision     classifier\n" in done.out
+    assert done.out.startswith(scratch.at("@/Alphafile\tAlpha\n  filename     Alphafile: Alpha\n"))
+    assert "too few tokens" in done.out and "decision     first candidate\n" in done.out
 
 
 def test_summary_totals_bytes_per_language_biggest_first(scratch):
-    scratch.write("tree/a.be", words("beta", 50))  # 250 bytes
-    scratch.write("tree/b.be", words("beta", 50))
-    scratch.write("tree/sub/c.al", words("alpha", 100))  # 600 bytes
-    scratch.write("tree/d.zz", "x\n")
-    rows = [line.split() for line in scratch.run("--summary", "@/tree").out.splitlines()]
-    assert [row[:3] for row in rows[1:]] == [["Alpha", "1", "600"], ["Beta", "2", "500"],
-                                             ["(unidentified)", "1", "2"], ["total", "4", "1102"]]
-    assert rows[-1][3] == "100.00%"
-    shares = scratch.json_lines("--summary", "@/tree")
-    assert [(r["language"], r["files"], r["bytes"]) for r in shares] == \
-        [("Alpha", 1, 600), ("Beta", 2, 500), (None, 1, 2)]
+    for name, text in [("a.be", B50), ("b.be", B50), ("sub/c.al", words("alpha", 100)), ("d.zz", "x\n")]:
+        scratch.write("t/" + name, text)
+    rows = [line.split() for line in scratch.run("--summary", "@/t").out.splitlines()]
+    assert rows[1:] == [["Alpha", "1", "600", "54.45%"], ["Beta", "2", "500", "45.37%"],
+                        ["(unidentified)", "1", "2", "0.18%"], ["total", "4", "1102", "100.00%"]]
+    shares = scratch.json_lines("--summary", "@/t")
+    assert [(r["language"], r["files"], r["bytes"]) for r in shares] == [("Alpha", 1, 600), ("Beta", 2, 500),
+                                                                        (None, 1, 2)]
     assert sum(r["share"] for r in shares) == pytest.approx(1.0, abs=1e-12)
 
 
-# Inputs larger than what identification reads: only a prefix is read, and the answer is
-# always the one the library gives for the whole input, from a file, a pipe or a redirection.
+# Only a prefix of a large input is read, yet the answer is the one the library gives for the
+# whole input, from a file, a pipe or a redirection.
 @pytest.mark.parametrize("how", ["file", "pipe", "redirect"])
 def test_large_inputs_answer_as_the_whole_text(scratch, how):
     def answer(path):
@@ -421,8 +361,7 @@ def test_large_inputs_answer_as_the_whole_text(scratch, how):
             return scratch.run(path).out[len(path):]
         tool = f'"{TOOL}" --data "{scratch.data}" {" ".join(FLOORS)} -'
         script = f'cat "$0" | {tool}' if how == "pipe" else f'{tool} < "$0"'
-        return subprocess.run(["sh", "-c", script, path], capture_output=True, text=True,
-                              timeout=60).stdout[1:]
+        return subprocess.run(["sh", "-c", script, path], capture_output=True, text=True, timeout=60).stdout[1:]
 
     # The opening quote starts a string; whether it is closed decides whether the words after
     # it are tokens, and the closing quote lies past the in-memory part of a stream.
