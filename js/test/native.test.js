@@ -16,12 +16,9 @@ const driver = process.env.LINGOMAT_NATIVE_ANSWERS ??
   path.join(repo, 'build/tests/js/lingomat_native_answers');
 const encoder = new TextEncoder();
 
-const OPTION_SETS = [
-  {},
-  { minTokens: 0, minScorePerToken: 0 },
+const OPTION_SETS = [{}, { minTokens: 0, minScorePerToken: 0 },
   { maxScanBytes: 0, maxTokens: 0, only: ['C', 'Python', 'Shell', 'Markdown'] },
-  { maxScanBytes: 1, maxTokens: 3, minTokens: 1, minScorePerToken: -3.5 },
-];
+  { maxScanBytes: 1, maxTokens: 3, minTokens: 1, minScorePerToken: -3.5 }];
 const SNIPPETS = [
   '#include <stdio.h>\nint main(void) { printf("hi\\n"); return 0; }\n',
   'def f(x):\n    return [y for y in x if y]\n\nclass A(object):\n    pass\n',
@@ -56,8 +53,7 @@ function hostileSet() {
 }
 
 function repositoryFiles() {
-  const listed = execFileSync('git', ['-C', repo, 'ls-files', '-z'], { encoding: 'utf8' });
-  return listed.split('\0').filter(Boolean).map((file) => ({
+  return execFileSync('git', ['-C', repo, 'ls-files', '-z'], { encoding: 'utf8' }).split('\0').filter(Boolean).map((file) => ({
     id: file, bytes: new Uint8Array(readFileSync(path.join(repo, file))), name: path.basename(file),
   })).filter((entry) => entry.bytes.length < (4 << 20));
 }
@@ -109,9 +105,7 @@ test('the package answers as the native library does', async (t) => {
           let text = null;
           try {
             text = utf8.decode(entry.bytes);
-          } catch {
-            // Not UTF-8: only the bytes can stand for it.
-          }
+          } catch { /* not UTF-8: only the bytes can stand for it */ }
           if (text !== null && engine.identify(text, entry.name) !== language) {
             differences.push(`${entry.id}: the string and its bytes differ`);
           }

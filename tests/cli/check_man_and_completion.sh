@@ -12,9 +12,9 @@ for page in "$man_dir"/lingomat.1 "$man_dir"/lingomat-train.1 "$man_dir"/lingoma
   help="${page}.help"
   # The roff with its escapes undone; a fresh machine may have no man program.
   rendered=$(sed 's/\\-/-/g; s/\\f[BRI]//g; s/\\e/\\/g' "$page")
-  for option in $(grep -oE -- '--[a-z][a-z-]*' "$help" | sort -u); do
+  while read -r option; do
     grep -qF -- "$option" <<<"$rendered" || { echo "$page: $option missing" >&2; exit 1; }
-  done
+  done < <(grep -oE -- '--[a-z][a-z-]*' "$help" | sort -u)
 done
 
 # The tool's page says where the data file is looked for, and shows examples.

@@ -27,12 +27,7 @@ def write(path, content):
 
 def race(command, change, went_wrong, runs):
     stop = threading.Event()
-
-    def keep_changing():
-        while not stop.is_set():
-            change()
-
-    changer = threading.Thread(target=keep_changing)
+    changer = threading.Thread(target=lambda: [change() for _ in iter(stop.is_set, True)])
     changer.start()
     failures = 0
     try:
@@ -65,10 +60,8 @@ def walk(tool, top, runs):
         os.rename(inside + ".parked", inside)
         time.sleep(0.001)
 
-    def left_the_tree(run):
-        return b"outside_only" in run.stdout or b"\tPython\n" in run.stdout
-
-    return race(tool + ["-j", "2", os.path.join(top, "tree")], swap, left_the_tree, runs)
+    return race(tool + ["-j", "2", os.path.join(top, "tree")], swap,
+                lambda run: b"outside_only" in run.stdout or b"\tPython\n" in run.stdout, runs)
 
 
 def truncation(tool, top, runs):
@@ -83,10 +76,8 @@ def truncation(tool, top, runs):
         write(path, content)
         time.sleep(0.005)
 
-    def died(run):
-        return run.returncode < 0 or path.encode() not in run.stdout
-
-    return race(tool + ["--max-bytes", "0", path], churn, died, runs)
+    return race(tool + ["--max-bytes", "0", path], churn,
+                lambda run: run.returncode < 0 or path.encode() not in run.stdout, runs)
 
 
 def main():

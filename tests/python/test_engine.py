@@ -10,24 +10,21 @@ from lingomat import errors
 C_TEXT = "#include <stdio.h>\nint main(void) {\n  printf(\"hi\\n\");\n  return 0;\n}\n"
 
 
-def test_answers_by_name_and_by_content(engine, tiny_data, data_file, tmp_path):
-    assert engine.identify(C_TEXT, filename="hello.c") == "C"
-    assert engine.identify("import os\nprint(os.getcwd())\n") == "Python"
+def test_text_and_file_name_forms(engine, tiny_data, tmp_path):
     raw = C_TEXT.encode()  # str, bytes, bytearray and memoryview are the same text
     assert len({engine.identify(t, "x.h") for t in (C_TEXT, raw, bytearray(raw), memoryview(raw))}) == 1
     with lingomat.Engine(data=tiny_data, min_tokens=1, min_score=0) as tiny:
         assert tiny.identify(b"\0 beta beta beta") == "Beta"  # tokens after a NUL count
-        assert tiny.identify("alpha alpha common", "x.al") == "Alpha"
-        assert tiny.identify("beta beta common", "x.al") == "Beta"
-        assert tiny.identify("   \n") is None
+        assert tiny.identify("alpha alpha common", "x.al") == "Alpha" and tiny.identify("   \n") is None
         # A file name as str, bytes or path counts by its last component.
         for name in (b"Rulesfile", tmp_path / "Rulesfile", "/a/b/Rulesfile"):
             assert tiny.identify("", filename=name) == "Beta"
         (tmp_path / "rules.be").write_text("x")
         assert tiny.identify_file(tmp_path / "rules.be") == "Beta"
-    # The library's floors: too few tokens for the classifier, and no name to go by.
-    with lingomat.Engine(data=data_file) as strict:
-        assert strict.identify("x = 1\n") is None
+        with pytest.raises(TypeError):
+            tiny.identify(42)
+        with pytest.raises(ValueError):
+            tiny.identify("x", filename="a\0b")
 
 
 def test_only_restricts_and_refuses_unknown_names_with_the_closest(tiny_data):
@@ -52,13 +49,6 @@ def test_absurd_options_are_refused_before_loading(tiny_data, kwargs, error):
         lingomat.Engine(**dict({"data": tiny_data}, **kwargs))
 
 
-def test_bad_text_and_file_name_types(engine):
-    with pytest.raises(TypeError):
-        engine.identify(42)
-    with pytest.raises(ValueError):
-        engine.identify("x", filename="a\0b")
-
-
 @pytest.mark.parametrize("content, status, message", [
     (None, errors.FILE_IO, "File I/O: data file '{}': No such file or directory"),
     ("{not json", errors.JSON, "Unable to process JSON: data file '{}': "),
@@ -81,13 +71,11 @@ def test_missing_library_or_default_data_file(monkeypatch, tmp_path):
         lingomat.Engine()
 
 
-def test_close_is_idempotent_and_waits_for_identifications_in_flight(tiny_data):
+def test_close_waits_for_identifications_in_flight_and_may_be_repeated(tiny_data):
     e = lingomat.Engine(data=tiny_data)
-    started, release = threading.Event(), threading.Event()
-    real = e._native
+    started, release, real = threading.Event(), threading.Event(), e._native
 
-    class SlowLibrary:
-        # Holds one identification inside the library until the test lets it go.
+    class SlowLibrary:  # holds one identification inside the library until the test lets it go
         def __getattr__(self, name):
             return getattr(real, name)
 
@@ -96,8 +84,7 @@ def test_close_is_idempotent_and_waits_for_identifications_in_flight(tiny_data):
             release.wait(5)
             return real.lingomatPyIdentify(*args)
 
-    e._native = SlowLibrary()
-    answers = []
+    e._native, answers = SlowLibrary(), []
     worker = threading.Thread(target=lambda: answers.append(e.identify("", "x.be")))
     worker.start()
     assert started.wait(5)
@@ -115,16 +102,12 @@ def test_close_is_idempotent_and_waits_for_identifications_in_flight(tiny_data):
 
 
 def test_many_threads_share_one_engine(engine):
-    texts = [(C_TEXT, "a.c"), ("import os\nprint(os.getcwd())\n", None),
-             ("#!/bin/sh\necho hi\n", None), ("<html><body></body></html>\n", "i.html")]
-    expected = [engine.identify(t, n) for t, n in texts]
-    mismatches = []
+    texts = [(C_TEXT, "a.c"), ("import os\nprint(os.getcwd())\n", None), ("#!/bin/sh\necho hi\n", None)]
+    expected, mismatches = [engine.identify(t, n) for t, n in texts], []
 
     def work():
-        for _ in range(50):
-            got = [engine.identify(t, n) for t, n in texts]
-            if got != expected:
-                mismatches.append(got)
+        mismatches.extend(got for got in ([engine.identify(t, n) for t, n in texts] for _ in range(50))
+                          if got != expected)
 
     threads = [threading.Thread(target=work) for _ in range(8)]
     for t in threads:

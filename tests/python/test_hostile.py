@@ -9,6 +9,46 @@ import textwrap
 import pytest
 
 PACKAGE = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", "python"))
+# A child forked while another thread identifies, and while another holds the lock of the
+# per-process engines, may still close its engine and load one.
+FORK_MID_IDENTIFICATION = """
+import os, sys, threading, lingomat, lingomat.dask
+engine = lingomat.Engine(data=sys.argv[1])
+inside, release, real = threading.Event(), threading.Event(), engine._native
+
+
+class Held:  # keeps an identification inside the library until released
+    def __getattr__(self, name):
+        return getattr(real, name)
+
+    def lingomatPyIdentify(self, *args):
+        inside.set()
+        release.wait(30)
+        return real.lingomatPyIdentify(*args)
+
+
+def close_engine():
+    engine._native = real
+    engine.close()  # the identification in flight exists only in the parent
+    return engine.closed
+
+
+def load_engine():
+    return lingomat.dask.engine_for(data=sys.argv[1])
+
+
+engine._native = Held()
+worker = threading.Thread(target=engine.identify, args=("x",))
+worker.start()
+inside.wait(30)
+with lingomat.dask._engines_lock:
+    pid = os.fork()
+if pid == 0:
+    os._exit(0 if globals()[sys.argv[2]]() else 1)
+release.set()
+worker.join()
+print(os.waitpid(pid, 0)[1])
+"""
 
 
 def run_child(code, *args):
@@ -19,8 +59,7 @@ def run_child(code, *args):
     return done.stdout
 
 
-@pytest.mark.parametrize("library", ["", os.environ.get("LINGOMAT_TEST_PLUGIN")],
-                         ids=["package", "plug-in"])
+@pytest.mark.parametrize("library", ["", os.environ.get("LINGOMAT_TEST_PLUGIN")], ids=["package", "plug-in"])
 def test_a_fifo_as_data_file_is_refused_without_blocking(tmp_path, library):
     fifo = tmp_path / "data.json"
     os.mkfifo(fifo)
@@ -34,46 +73,6 @@ def test_a_fifo_as_data_file_is_refused_without_blocking(tmp_path, library):
     assert out == f"-4 File I/O: data file '{fifo}': not a regular file\n"
 
 
-def test_close_in_a_child_forked_mid_identification_returns(tiny_data):
-    out = run_child("""
-        import os, sys, threading, lingomat
-        engine = lingomat.Engine(data=sys.argv[1])
-        inside, release = threading.Event(), threading.Event()
-        real = engine._native
-
-        class Held:
-            def __getattr__(self, name):
-                return getattr(real, name)
-
-            def lingomatPyIdentify(self, *args):
-                inside.set()
-                release.wait(30)
-                return real.lingomatPyIdentify(*args)
-
-        engine._native = Held()
-        worker = threading.Thread(target=engine.identify, args=("x",))
-        worker.start()
-        inside.wait(30)
-        pid = os.fork()
-        if pid == 0:
-            engine._native = real
-            engine.close()  # the identification in flight exists only in the parent
-            os._exit(0 if engine.closed else 1)
-        _, status = os.waitpid(pid, 0)
-        release.set()
-        worker.join()
-        print(status)
-        """, tiny_data)
-    assert out == "0\n"
-
-
-def test_engine_lock_is_free_in_a_child_forked_mid_load(tiny_data):
-    out = run_child("""
-        import os, sys, lingomat.dask
-        with lingomat.dask._engines_lock:  # as if another thread were loading an engine
-            pid = os.fork()
-            if pid == 0:
-                os._exit(0 if lingomat.dask.engine_for(data=sys.argv[1]) else 1)
-        print(os.waitpid(pid, 0)[1])
-        """, tiny_data)
-    assert out == "0\n"
+@pytest.mark.parametrize("in_child", ["close_engine", "load_engine"])
+def test_a_child_forked_mid_identification_carries_on(tiny_data, in_child):
+    assert run_child(FORK_MID_IDENTIFICATION, tiny_data, in_child) == "0\n"
