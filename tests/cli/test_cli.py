@@ -208,8 +208,11 @@ def test_usage_errors(scratch, args, named):
     done = scratch.run(*args, "-" if args == ["-"] else "@/x.al")
     assert (done.returncode, done.out, done.err[:10]) == (2, "", "lingomat: "), done.err
     assert scratch.at(named) in done.err
-    for missing in ([], ["--files-from", "-", "-"], ["@/x", "--data"]):  # no path, or a value
-        assert scratch.run(*missing).returncode == 2
+
+
+def test_no_path_or_a_missing_value_is_a_usage_error_and_help_is_not(scratch):
+    for args in ([], ["--files-from", "-", "-"], ["@/x", "--data"]):
+        assert scratch.run(*args).returncode == 2
     done = scratch.run("--help")
     assert (done.returncode, done.err, done.out[:15]) == (0, "", "Usage: lingomat")
 

@@ -66,25 +66,20 @@ int main(int argc, char** argv) {
   std::string data_file;
   std::vector<std::string> only;
   int timing_runs = 0;
+  // The package's numeric options, and where they go.
+  const std::pair<const char*, uint64_t*> counts[] = {{"--maxScanBytes", &options.maxScanBytes},
+                                                      {"--maxTokens", &options.maxTokens},
+                                                      {"--minTokens", &options.minTokens}};
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string flag = argv[i];
     const char* value = argv[i + 1];
-    if (flag == "--data")
-      data_file = value;
-    else if (flag == "--maxScanBytes")
-      options.maxScanBytes = std::strtoull(value, nullptr, 10);
-    else if (flag == "--maxTokens")
-      options.maxTokens = std::strtoull(value, nullptr, 10);
-    else if (flag == "--minTokens")
-      options.minTokens = std::strtoull(value, nullptr, 10);
-    else if (flag == "--minScorePerToken")
-      options.minScorePerToken = std::strtod(value, nullptr);
-    else if (flag == "--only")
-      only.emplace_back(value);
-    else if (flag == "--time")
-      timing_runs = std::atoi(value);
-    else
-      fail("unknown option " + flag);
+    const auto count = std::find_if(std::begin(counts), std::end(counts),
+                                    [&](const auto& entry) { return flag == entry.first; });
+    if (count != std::end(counts)) *count->second = std::strtoull(value, nullptr, 10);
+    if (flag == "--minScorePerToken") options.minScorePerToken = std::strtod(value, nullptr);
+    if (flag == "--data") data_file = value;
+    if (flag == "--only") only.emplace_back(value);
+    if (flag == "--time") timing_runs = std::atoi(value);
   }
   if (data_file.empty() || argc % 2 == 0) fail("usage: --data FILE [--option VALUE]...");
   std::vector<const char*> only_pointers;

@@ -2,6 +2,7 @@
 LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL and LINGOMAT_TEST_PLUGIN; run by hand, the
 build/ tree's are used."""
 
+import json
 import os
 import sys
 
@@ -33,10 +34,9 @@ def engine():
 @pytest.fixture
 def tiny_data(tmp_path):
     """Two languages, fast to load, whose answers are easy to predict."""
-    path = tmp_path / "tiny.json"
-    path.write_text('{"filenames": {"Beta": ["Rulesfile"]}, "interpreters": {"Beta": ["betash"]},'
-                    '"extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]},'
-                    '"languages": {"Alpha": 2, "Beta": 2}, "language_tokens": {"Alpha": 8, "Beta": 8},'
-                    '"tokens": {"Alpha": {"alpha": 6, "common": 2}, "Beta": {"beta": 6, "common": 2}},'
-                    '"tokens_total": 16, "languages_total": 4}')
-    return str(path)
+    (tmp_path / "tiny.json").write_text(json.dumps({
+        "filenames": {"Beta": ["Rulesfile"]}, "interpreters": {"Beta": ["betash"]},
+        "extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]}, "languages": {"Alpha": 2, "Beta": 2},
+        "language_tokens": {"Alpha": 8, "Beta": 8}, "tokens_total": 16, "languages_total": 4,
+        "tokens": {"Alpha": {"alpha": 6, "common": 2}, "Beta": {"beta": 6, "common": 2}}}))
+    return str(tmp_path / "tiny.json")

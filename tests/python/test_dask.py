@@ -39,21 +39,9 @@ def test_paths_and_texts_answer_as_one_process_with_one_engine_per_worker(client
     per_worker = client.run(lingomat.dask.engines_loaded)
     assert len(per_worker) == 2
     assert set(per_worker.values()) <= {0, 1} and sum(per_worker.values()) >= 1
-    frame = dd.from_pandas(pandas.DataFrame({"path": paths, "name": [os.path.basename(p) for p in paths],
+    names = dd.from_pandas(pandas.DataFrame({"name": [os.path.basename(p) for p in paths],
                                              "content": [open(p, "rb").read() for p in paths]}), npartitions=6)
-    assert lingomat.dask.identify_paths(frame, column="path", **OPTIONS).compute().tolist() == languages
-    for names in ("name", "path"):  # a path counts by its file name, as in identify()
-        by_text = lingomat.dask.identify_texts(frame, text="content", filename=names, **OPTIONS)
-        assert by_text.compute().tolist() == languages
-
-
-def test_unreadable_files_and_bad_arguments(client, tmp_path):
-    bag = db.from_sequence([str(tmp_path / "missing.c")], npartitions=1)
-    assert lingomat.dask.identify_paths(bag, errors="none", **OPTIONS).compute() == [None]
-    with pytest.raises(FileNotFoundError):
-        lingomat.dask.identify_paths(bag, **OPTIONS).compute()
-    frame = dd.from_pandas(pandas.DataFrame({"path": ["a"]}), npartitions=1)
-    for call, error in [(lambda: lingomat.dask.identify_paths(frame), "column"),  # before any work
-                        (lambda: lingomat.dask.identify_paths(frame["path"], errors="skip"), "errors")]:
-        with pytest.raises(ValueError, match=error):
-            call()
+    by_text = lingomat.dask.identify_texts(names, text="content", filename="name", **OPTIONS)
+    assert by_text.compute().tolist() == languages
+    missing = db.from_sequence([os.path.join(ROOT, "missing.c")], npartitions=1)
+    assert lingomat.dask.identify_paths(missing, errors="none", **OPTIONS).compute() == [None]

@@ -99,19 +99,3 @@ def test_close_waits_for_identifications_in_flight_and_may_be_repeated(tiny_data
     e.close()
     with pytest.raises(ValueError, match="closed"):
         e.identify("x")
-
-
-def test_many_threads_share_one_engine(engine):
-    texts = [(C_TEXT, "a.c"), ("import os\nprint(os.getcwd())\n", None), ("#!/bin/sh\necho hi\n", None)]
-    expected, mismatches = [engine.identify(t, n) for t, n in texts], []
-
-    def work():
-        mismatches.extend(got for got in ([engine.identify(t, n) for t, n in texts] for _ in range(50))
-                          if got != expected)
-
-    threads = [threading.Thread(target=work) for _ in range(8)]
-    for t in threads:
-        t.start()
-    for t in threads:
-        t.join()
-    assert mismatches == []
