@@ -1,13 +1,9 @@
 #!/usr/bin/env python3
 """Runs the tool over and over while another thread changes what it reads; exits 1 if any
-run went wrong.
-
-walk: a folder is swapped for a symbolic link to a folder outside the tree. The inside files
-start with "#!/bin/sh" and the outside ones, of the same names, with "#!/usr/bin/python" (a
-file read through the link shows up as Python), and one outside name is found nowhere
-inside: no run may list or read a file outside.
-truncation: a large file is truncated and refilled every few milliseconds (a mapped file
-that shrinks kills its reader with SIGBUS): every run must live and print the file.
+run went wrong. walk: a folder is swapped for a link to one outside the tree, whose files
+(one name found only there) start "#!/usr/bin/python" where the inside ones start
+"#!/bin/sh": no run may list or read an outside file. truncation: a large file is truncated
+and refilled (a mapped file that shrinks kills its reader): every run must print the file.
 
     python3 tests/cli/races.py build/tools/cli/lingomat walk|truncation [--data FILE] [--runs N]
 """
@@ -27,7 +23,7 @@ def write(path, content):
 
 def race(command, change, went_wrong, runs):
     stop = threading.Event()
-    changer = threading.Thread(target=lambda: [change() for _ in iter(stop.is_set, True)])
+    changer = threading.Thread(target=lambda: [change() for _ in iter(stop.is_set, True)])  # until stopped
     changer.start()
     failures = 0
     try:

@@ -16,19 +16,9 @@ os.environ.setdefault("LINGOMAT_TEST_PLUGIN", f"{ROOT}/build/plugin/liblingomatp
 # The package's own engine is what these tests exercise; a plug-in only where asked for.
 os.environ.pop("LINGOMAT_LIBRARY", None)
 
-import lingomat  # noqa: E402  (needs the path above)
-
-
 @pytest.fixture(scope="session")
 def data_file():
     return os.environ["LINGOMAT_DATA"]
-
-
-@pytest.fixture(scope="session")
-def engine():
-    # Loading the shipped data file is the slow part; one engine serves every read-only test.
-    with lingomat.Engine(min_tokens=1, min_score=0.0) as shared:
-        yield shared
 
 
 @pytest.fixture
