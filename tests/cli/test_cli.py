@@ -10,11 +10,14 @@ import os
 import re
 import shutil
 import subprocess
+import threading
+import time
 
 import pytest
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
 TOOL = os.environ.get("LINGOMAT_TOOL", os.path.join(ROOT, "build", "tools", "cli", "lingomat"))
+SHIPPED = os.path.join(ROOT, "data", "lingomat.json")
 
 
 def data(tokens, extnames, language_tokens, total, **names):
@@ -347,3 +350,53 @@ def test_man_pages_carry_every_option_of_the_help():
         assert [o for o in set(re.findall(r"--[a-z][a-z-]*", open(help_text).read())) if o not in page] == []
         if help_text.endswith("/lingomat.1.help"):  # says where the data file is looked for
             assert "\n.SH FILES\n" in page and "\n.SH EXAMPLES\n" in page
+
+
+# Races against a thread that changes what the tool reads, 100 runs each: the slow tier's.
+def race(command, change, went_wrong):
+    stop = threading.Event()
+    changer = threading.Thread(target=lambda: [change() for _ in iter(stop.is_set, True)])  # until stopped
+    changer.start()
+    try:
+        runs = [subprocess.run(command, capture_output=True, timeout=120) for _ in range(100)]
+    finally:
+        stop.set()
+        changer.join()
+    assert [(run.returncode, run.stdout[:200]) for run in runs if went_wrong(run)] == []
+
+
+def test_race_a_folder_swapped_for_a_link_outside_is_never_followed(tmp_path):
+    # The outside files, of the same names and one found only there, start "#!/usr/bin/python"
+    # where the inside ones start "#!/bin/sh": a file read through the link shows up as Python.
+    inside, outside = tmp_path / "tree" / "sub", tmp_path / "outside"
+    for folder, first_line in ((inside, b"#!/bin/sh\n"), (outside, b"#!/usr/bin/python\n")):
+        folder.mkdir(parents=True)
+        for i in range(200):
+            (folder / f"f{i}").write_bytes(first_line + b"echo\n")
+    (outside / "outside_only").write_bytes(b"#!/usr/bin/python\n")
+
+    def swap():  # each state lasts long enough for a walk to list the folder in one, open in the other
+        os.rename(inside, f"{inside}.parked")
+        os.symlink(outside, inside)
+        time.sleep(0.001)
+        os.unlink(inside)
+        os.rename(f"{inside}.parked", inside)
+        time.sleep(0.001)
+
+    race([TOOL, "--data", SHIPPED, "-j", "2", str(tmp_path / "tree")], swap,
+         lambda run: b"outside_only" in run.stdout or b"\tPython\n" in run.stdout)
+
+
+def test_race_a_file_truncated_while_read_never_kills_the_tool(tmp_path):
+    path, content = tmp_path / "changing.txt", b'"' + b"word " * (2 << 20)  # an unclosed string: read to the end
+
+    def churn():  # a mapped file that shrinks would kill its reader with SIGBUS
+        with open(path, "r+b") as f:
+            f.truncate(1000)
+        time.sleep(0.005)
+        path.write_bytes(content)
+        time.sleep(0.005)
+
+    path.write_bytes(content)
+    race([TOOL, "--data", SHIPPED, "--max-bytes", "0", str(path)], churn,
+         lambda run: run.returncode < 0 or str(path).encode() not in run.stdout)

@@ -1,11 +1,8 @@
-// The native side of the JavaScript package's differential test. Reads "path<TAB>name" lines
-// on standard input and, for each, writes the plug-in's answer (empty for none) and the
-// engine's ranking before the floor, every score in enough digits to round-trip exactly:
-//   answer<TAB>count{<TAB>language<TAB>score}
-// Options, named as the package names them: --data FILE --maxScanBytes N --maxTokens N
-// --minTokens N --minScorePerToken X --only LANGUAGE (repeatable).
-// With --time RUNS it answers nothing and, as the JavaScript benchmark's native baseline,
-// prints the median time to create an engine and to identify every listed file once.
+// The native side of the JavaScript package's differential test. For each "path<TAB>name" line
+// on standard input, writes the plug-in's answer and the engine's ranking before the floor,
+// scores in round-trip digits: answer<TAB>count{<TAB>language<TAB>score}. Options are named as
+// the package names them, plus --data FILE. With --time RUNS, as the JavaScript benchmark's
+// native baseline, prints the median times to create an engine and to identify every file.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>

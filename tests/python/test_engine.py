@@ -53,7 +53,7 @@ def test_absurd_options_are_refused_before_loading(tiny_data, kwargs, error):
 ])
 def test_bad_data_files_raise_with_status_and_reason(tmp_path, content, status, message):
     bad = tmp_path / "bad.json"
-    if content is not None:
+    if content:
         bad.write_text(content)
     with pytest.raises(lingomat.LingomatError) as raised:
         lingomat.Engine(data=bad)

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# Configures, builds and runs tests/subdirectory/consumer, which adds the lingomat sources at
-# $1 as a subdirectory, in the folder $2 with the C and C++ compilers $3 and $4 (and the
-# compiler launcher $5, if any); then checks that installing that project installs nothing of
-# lingomat's. Only what the consumer links is built, unoptimised: the build is what is tested.
+# Builds and runs tests/subdirectory/consumer, which adds the sources at $1 as a subdirectory,
+# in $2 with the C and C++ compilers $3 and $4 (and launcher $5); installing it must install
+# nothing of lingomat's. Only what the consumer links is built, unoptimised.
 set -euo pipefail
 build_dir=$2
 fail() { echo "subdirectory: $*" >&2; exit 1; }
