@@ -53,6 +53,6 @@ test('wrong arguments are refused and the engine stays usable; a disposed one re
   // Texts larger than any before grow the shared buffer; answers do not change.
   assert.equal(engine.identify(C_TEXT.repeat(5000), 'main.c'), engine.identify(C_TEXT, 'main.c'));
   engine.dispose();
-  engine.dispose();
+  engine.dispose();  // twice is harmless
   assert.throws(() => engine.identify(C_TEXT), (error) => error.status === -2);
 });

@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
-"""Compares the files the tool walks in git work trees, one of tricky fixed rules and many
-random ones, with git's own lists: in every folder the tool's list must equal what
-`git ls-files -co --exclude-standard` lists there, and `git check-ignore` must call none of
-the files it lists ignored. Git's user configuration is kept out of the way.
+"""The files the tool walks in git work trees (one of tricky rules, many random ones) against
+git's: in every folder the tool lists what `git ls-files -co --exclude-standard` lists there,
+and nothing `git check-ignore` calls ignored. Git's user configuration is kept out of the way.
 
     python3 tests/cli/ignore_vs_git.py build/tools/cli/lingomat --data FILE [--trees 200]
 """

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/engine.h"
+#include "engine_options.h"
 #include "lingomat.h"
 
 namespace {
@@ -101,14 +101,7 @@ int main(int argc, char** argv) {
     std::printf("create_seconds\t%.6f\nidentify_all_seconds\t%.6f\nfiles\t%zu\n", create_seconds,
                 identify_seconds, files.size());
   } else {
-    quillon::lingomat::Lingomat::Opts engine_options;
-    engine_options.classifier.data_file = data_file;
-    engine_options.tokenizer.max_bytes = options.maxScanBytes;
-    engine_options.tokenizer.max_tokens = options.maxTokens;
-    engine_options.classifier.min_tokens = options.minTokens;
-    engine_options.classifier.min_score_per_token = options.minScorePerToken;
-    engine_options.restrictions = only;
-    const quillon::lingomat::Lingomat engine(engine_options);
+    const quillon::lingomat::Lingomat engine(quillon::lingomat::engine_options(options));
     for (const auto& [name, code] : files) {
       const char* language = nullptr;
       if (lingomatIdentifyCode(handle, code.data(), code.size(), name.c_str(), &language) !=

@@ -1,6 +1,5 @@
-"""Runs the tests against this checkout's package and built native library. ctest sets
-LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL and LINGOMAT_TEST_PLUGIN; run by hand, the
-build/ tree's are used."""
+"""This checkout's package against the native library built in build/, unless ctest names
+another (LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL, LINGOMAT_TEST_PLUGIN)."""
 
 import json
 import os

@@ -51,8 +51,7 @@ print(os.waitpid(pid, 0)[1])
 """
 
 
-def run_child(code, *args):
-    """Runs `code` in a fresh interpreter that imports this checkout's package."""
+def run_child(code, *args):  # in a fresh interpreter that imports this checkout's package
     done = subprocess.run([sys.executable, "-c", textwrap.dedent(code), *args], timeout=60,
                           env=dict(os.environ, PYTHONPATH=PACKAGE), capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
