@@ -1,11 +1,8 @@
-// The native side of the JavaScript package's differential test. Reads "path<TAB>name" lines
-// on standard input and, for each, writes the plug-in's answer (empty for none) and the
-// engine's ranking before the floor, every score in enough digits to round-trip exactly:
-//   answer<TAB>count{<TAB>language<TAB>score}
-// Options, in the package's terms: --data FILE --max-scan-bytes N --max-tokens N
-// --min-tokens N --min-score-per-token X --only LANGUAGE (repeatable).
-// With --time RUNS it answers nothing and, as the JavaScript benchmark's native baseline,
-// prints the median time to create an engine and to identify every listed file once.
+// The native side of the JavaScript package's differential test. For each "path<TAB>name" line
+// on standard input, writes the plug-in's answer and the engine's ranking before the floor,
+// scores in round-trip digits: answer<TAB>count{<TAB>language<TAB>score}. Options are named as
+// the package names them, plus --data FILE. With --time RUNS, as the JavaScript benchmark's
+// native baseline, prints the median times to create an engine and to identify every file.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,10 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/engine.h"
+#include "engine_options.h"
 #include "lingomat.h"
-
-using quillon::lingomat::Lingomat;
 
 namespace {
 
@@ -28,59 +23,16 @@ namespace {
   std::exit(2);
 }
 
-std::string read_file(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) fail("cannot read " + path);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-struct Options {
-  LingomatOpts plugin{};
-  Lingomat::Opts engine;
-  std::string data_file;
-  std::vector<std::string> only;
-  std::vector<const char*> only_pointers;
-  int timing_runs = 0;
-};
-
-Options parse(int argc, char** argv) {
-  Options options;
-  lingomatOptsInitWithDefaults(&options.plugin);
-  for (int i = 1; i < argc; i += 2) {
-    const std::string flag = argv[i];
-    if (i + 1 >= argc) fail("missing value after " + flag);
-    const char* value = argv[i + 1];
-    if (flag == "--data") {
-      options.data_file = value;
-    } else if (flag == "--max-scan-bytes") {
-      options.plugin.maxScanBytes = std::strtoull(value, nullptr, 10);
-    } else if (flag == "--max-tokens") {
-      options.plugin.maxTokens = std::strtoull(value, nullptr, 10);
-    } else if (flag == "--min-tokens") {
-      options.plugin.minTokens = std::strtoull(value, nullptr, 10);
-    } else if (flag == "--min-score-per-token") {
-      options.plugin.minScorePerToken = std::strtod(value, nullptr);
-    } else if (flag == "--time") {
-      options.timing_runs = std::atoi(value);
-    } else if (flag == "--only") {
-      options.only.emplace_back(value);
-    } else {
-      fail("unknown option " + flag);
-    }
+// The listed files as {name, text}.
+std::vector<std::pair<std::string, std::string>> read_listed_files() {
+  std::vector<std::pair<std::string, std::string>> files;
+  for (std::string line; std::getline(std::cin, line);) {
+    const auto tab = line.find('\t');
+    std::ifstream in(line.substr(0, tab), std::ios::binary);
+    if (tab == std::string::npos || !in) fail("cannot read the file of " + line);
+    files.emplace_back(line.substr(tab + 1), std::string(std::istreambuf_iterator<char>(in), {}));
   }
-  if (options.data_file.empty()) fail("--data is required");
-  for (const auto& name : options.only) options.only_pointers.push_back(name.c_str());
-  options.plugin.dataFile = options.data_file.c_str();
-  options.plugin.restrictions = options.only_pointers.data();
-  options.plugin.restrictionCount = options.only_pointers.size();
-
-  options.engine.classifier.data_file = options.data_file;
-  options.engine.tokenizer.max_bytes = options.plugin.maxScanBytes;
-  options.engine.tokenizer.max_tokens = options.plugin.maxTokens;
-  options.engine.classifier.min_tokens = options.plugin.minTokens;
-  options.engine.classifier.min_score_per_token = options.plugin.minScorePerToken;
-  options.engine.restrictions = options.only;
-  return options;
+  return files;
 }
 
 template <typename Work>
@@ -96,62 +48,73 @@ double median_seconds(int runs, Work work) {
   return seconds[seconds.size() / 2];
 }
 
-// Reads every listed file first, so that only the library's work is timed.
-int time_native(const Options& options) {
-  std::vector<std::pair<std::string, std::string>> files;  // name, text
-  std::string line;
-  while (std::getline(std::cin, line)) {
-    const auto tab = line.find('\t');
-    if (tab == std::string::npos) fail("expected path<TAB>name, got " + line);
-    files.emplace_back(line.substr(tab + 1), read_file(line.substr(0, tab)));
-  }
-  const double create = median_seconds(options.timing_runs, [&] {
-    LingomatHandle handle = nullptr;
-    if (lingomatCreate(&handle, &options.plugin) != LINGOMAT_SUCCESS) fail("create failed");
-    lingomatDestroy(&handle);
-  });
+LingomatHandle create(const LingomatOpts& options) {
   LingomatHandle handle = nullptr;
-  if (lingomatCreate(&handle, &options.plugin) != LINGOMAT_SUCCESS) fail("create failed");
-  const double identify = median_seconds(options.timing_runs, [&] {
-    for (const auto& [name, text] : files) {
-      const char* language = nullptr;
-      lingomatIdentifyCode(handle, text.data(), text.size(), name.c_str(), &language);
-    }
-  });
-  lingomatDestroy(&handle);
-  std::printf("create_seconds\t%.6f\nidentify_all_seconds\t%.6f\nfiles\t%zu\n", create, identify,
-              files.size());
-  return 0;
+  const int status = lingomatCreate(&handle, &options);
+  if (status != LINGOMAT_SUCCESS) fail(lingomatPlugInGetErrorString(status));
+  return handle;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Options options = parse(argc, argv);
-  if (options.timing_runs > 0) return time_native(options);
-  LingomatHandle handle = nullptr;
-  const int status = lingomatCreate(&handle, &options.plugin);
-  if (status != LINGOMAT_SUCCESS) fail(lingomatPlugInGetErrorString(status));
-  const Lingomat engine(options.engine);
+  LingomatOpts options{};
+  lingomatOptsInitWithDefaults(&options);
+  std::string data_file;
+  std::vector<std::string> only;
+  int timing_runs = 0;
+  // The package's numeric options, and where they go.
+  const std::pair<const char*, uint64_t*> counts[] = {{"--maxScanBytes", &options.maxScanBytes},
+                                                      {"--maxTokens", &options.maxTokens},
+                                                      {"--minTokens", &options.minTokens}};
+  for (int i = 1; i + 1 < argc; i += 2) {
+    const std::string flag = argv[i];
+    const char* value = argv[i + 1];
+    const auto count = std::find_if(std::begin(counts), std::end(counts),
+                                    [&](const auto& entry) { return flag == entry.first; });
+    if (count != std::end(counts)) *count->second = std::strtoull(value, nullptr, 10);
+    if (flag == "--minScorePerToken") options.minScorePerToken = std::strtod(value, nullptr);
+    if (flag == "--data") data_file = value;
+    if (flag == "--only") only.emplace_back(value);
+    if (flag == "--time") timing_runs = std::atoi(value);
+  }
+  if (data_file.empty() || argc % 2 == 0) fail("usage: --data FILE [--option VALUE]...");
+  std::vector<const char*> only_pointers;
+  for (const auto& name : only) only_pointers.push_back(name.c_str());
+  options.dataFile = data_file.c_str();
+  options.restrictions = only_pointers.data();
+  options.restrictionCount = only_pointers.size();
+  const auto files = read_listed_files();  // first, so that only the library's work is timed
+  LingomatHandle handle = create(options);
 
-  std::string line;
-  while (std::getline(std::cin, line)) {
-    const auto tab = line.find('\t');
-    if (tab == std::string::npos) fail("expected path<TAB>name, got " + line);
-    const std::string name = line.substr(tab + 1);
-    const std::string code = read_file(line.substr(0, tab));
-    const char* language = nullptr;
-    if (lingomatIdentifyCode(handle, code.data(), code.size(), name.c_str(), &language) !=
-        LINGOMAT_SUCCESS) {
-      fail("identification failed for " + line);
+  if (timing_runs > 0) {
+    const double create_seconds = median_seconds(timing_runs, [&] {
+      LingomatHandle another = create(options);
+      lingomatDestroy(&another);
+    });
+    const double identify_seconds = median_seconds(timing_runs, [&] {
+      for (const auto& [name, text] : files) {
+        const char* language = nullptr;
+        lingomatIdentifyCode(handle, text.data(), text.size(), name.c_str(), &language);
+      }
+    });
+    std::printf("create_seconds\t%.6f\nidentify_all_seconds\t%.6f\nfiles\t%zu\n", create_seconds,
+                identify_seconds, files.size());
+  } else {
+    const quillon::lingomat::Lingomat engine(quillon::lingomat::engine_options(options));
+    for (const auto& [name, code] : files) {
+      const char* language = nullptr;
+      if (lingomatIdentifyCode(handle, code.data(), code.size(), name.c_str(), &language) !=
+          LINGOMAT_SUCCESS) {
+        fail("identification failed for " + name);
+      }
+      // The C interface reads the name up to its first NUL; so does the ranking.
+      const auto trace = engine.trace(name.c_str(), code);
+      std::printf("%s\t%zu", language == nullptr ? "" : language, trace.ranking.size());
+      for (const auto& [ranked, score] : trace.ranking)
+        std::printf("\t%s\t%.17g", ranked.c_str(), score);
+      std::printf("\n");
     }
-    // The C interface reads the name up to its first NUL; so does the ranking.
-    const auto trace = engine.trace(name.c_str(), code);
-    std::printf("%s\t%zu", language == nullptr ? "" : language, trace.ranking.size());
-    for (const auto& [ranked, score] : trace.ranking) {
-      std::printf("\t%s\t%.17g", ranked.c_str(), score);
-    }
-    std::printf("\n");
   }
   lingomatDestroy(&handle);
   return 0;

@@ -1,50 +1,31 @@
-"""Runs the tests against this checkout's package and built native library.
+"""This checkout's package against the native library built in build/, unless ctest names
+another (LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL, LINGOMAT_TEST_PLUGIN)."""
 
-ctest sets LINGOMAT_NATIVE, LINGOMAT_DATA, LINGOMAT_TOOL and LINGOMAT_TEST_PLUGIN; run by hand,
-the build/ tree's are used."""
-
+import json
 import os
 import sys
 
 import pytest
 
-_ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
-sys.path.insert(0, os.path.join(_ROOT, "python"))
-os.environ.setdefault("LINGOMAT_NATIVE",
-                      os.path.join(_ROOT, "build", "python", "native", "_lingomat_native.so"))
-os.environ.setdefault("LINGOMAT_DATA", os.path.join(_ROOT, "data", "lingomat.json"))
-os.environ.setdefault("LINGOMAT_TEST_PLUGIN",
-                      os.path.join(_ROOT, "build", "plugin", "liblingomatplugin.so.1"))
+ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
+sys.path.insert(0, os.path.join(ROOT, "python"))
+os.environ.setdefault("LINGOMAT_NATIVE", f"{ROOT}/build/python/native/_lingomat_native.so")
+os.environ.setdefault("LINGOMAT_DATA", os.path.join(ROOT, "data", "lingomat.json"))
+os.environ.setdefault("LINGOMAT_TEST_PLUGIN", f"{ROOT}/build/plugin/liblingomatplugin.so.1")
 # The package's own engine is what these tests exercise; a plug-in only where asked for.
 os.environ.pop("LINGOMAT_LIBRARY", None)
-
-import lingomat  # noqa: E402  (needs the path above)
-
 
 @pytest.fixture(scope="session")
 def data_file():
     return os.environ["LINGOMAT_DATA"]
 
 
-@pytest.fixture(scope="session")
-def engine():
-    # Loading the shipped data file is the slow part; one engine serves every read-only test.
-    with lingomat.Engine(min_tokens=1, min_score=0.0) as shared:
-        yield shared
-
-
 @pytest.fixture
 def tiny_data(tmp_path):
-    """A data file of two languages, fast to load, whose answers are easy to predict."""
-    path = tmp_path / "tiny.json"
-    path.write_text("""{
-      "filenames": {"Beta": ["Rulesfile"]},
-      "extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]},
-      "interpreters": {"Beta": ["betash"]},
-      "languages": {"Alpha": 2, "Beta": 2},
-      "language_tokens": {"Alpha": 8, "Beta": 8},
-      "tokens": {"Alpha": {"alpha": 6, "common": 2}, "Beta": {"beta": 6, "common": 2}},
-      "tokens_total": 16,
-      "languages_total": 4
-    }""")
-    return str(path)
+    """Two languages, fast to load, whose answers are easy to predict."""
+    (tmp_path / "tiny.json").write_text(json.dumps({
+        "filenames": {"Beta": ["Rulesfile"]}, "interpreters": {"Beta": ["betash"]},
+        "extnames": {"Alpha": [".al"], "Beta": [".be", ".al"]}, "languages": {"Alpha": 2, "Beta": 2},
+        "language_tokens": {"Alpha": 8, "Beta": 8}, "tokens_total": 16, "languages_total": 4,
+        "tokens": {"Alpha": {"alpha": 6, "common": 2}, "Beta": {"beta": 6, "common": 2}}}))
+    return str(tmp_path / "tiny.json")
