@@ -17,14 +17,14 @@ add_task() {
       # git is what the walk's ignore rules are compared with. Python's packages run the
       # Python package's tests; clang and its runtimes build the sanitizer and fuzzing
       # stages; llvm symbolizes their reports. Node and Emscripten build and test the
-      # WebAssembly package (js/), Chromium runs its page's test. clang-format, shellcheck
+      # WebAssembly package (js/). clang-format, shellcheck
       # and pyflakes check the habits (scripts/lint.sh).
       packages+=("${build[@]}" libgtest-dev libbenchmark-dev git python3
         clang-format shellcheck pyflakes3
         python3-pip python3-setuptools python3-venv python3-pytest
         python3-dask python3-distributed python3-pandas
         clang libclang-rt-14-dev llvm
-        nodejs emscripten node-acorn chromium)
+        nodejs emscripten node-acorn)
       # npm comes with some Node builds and is Debian's own package otherwise.
       command -v npm >/dev/null 2>&1 || packages+=(npm)
       ;;
