@@ -27,6 +27,12 @@ SAMPLES = os.path.join(CORPUS, "samples")
 DEFINITIONS = os.path.join(os.path.dirname(CORPUS), "data", "languages.def")
 
 DEFAULT_MAX = 40
+# Files per project and language over all recipe lines, so that no single project
+# defines a language.
+PROJECT_MAX = 40
+# Two files of one language whose sets of distinct lines overlap this much (Jaccard)
+# are near-duplicates: only the first one taken is kept.
+NEAR_DUPLICATE = 0.8
 MAX_BYTES = 256 * 1024
 MAX_LINE = 1000
 MIN_FILES = 30
@@ -559,8 +565,45 @@ def output_path(unit, rel):
     return rel
 
 
-def lay_out(source, unit, taken):
-    """Copies the chosen files of one recipe line; returns how many were written."""
+class Fingerprints:
+    """What the files taken so far look like, per language, to refuse near-duplicates:
+    copies vendored into another project, and templates that differ only in the file's
+    own name (forwarding headers, licence-only stubs)."""
+
+    def __init__(self):
+        self.exact = {}  # language -> set of whitespace-free texts, own name masked
+        self.lines = {}  # language -> list of sets of distinct non-blank lines
+
+    @staticmethod
+    def prints(rel, data):
+        stem = os.path.basename(rel).split(".")[0].encode()
+        masked = data.replace(stem, b"\0") if len(stem) >= 3 else data
+        exact = re.sub(rb"\s+", b"", masked)
+        lines = frozenset(line.strip() for line in masked.split(b"\n") if line.strip())
+        return exact, lines
+
+    def admit(self, language, rel, data):
+        """True, and remembered, when the file is not a near-duplicate of one taken."""
+        exact, lines = self.prints(rel, data)
+        seen_exact = self.exact.setdefault(language, set())
+        seen_lines = self.lines.setdefault(language, [])
+        if exact in seen_exact:
+            return False
+        for other in seen_lines:
+            small, large = sorted((len(lines), len(other)))
+            if small < NEAR_DUPLICATE * large:
+                continue  # the overlap cannot reach the threshold
+            if len(lines & other) >= NEAR_DUPLICATE * len(lines | other):
+                return False
+        seen_exact.add(exact)
+        seen_lines.append(lines)
+        return True
+
+
+def lay_out(source, unit, taken, prints, per_project):
+    """Copies the chosen files of one recipe line; returns how many were written.
+    Files refused as near-duplicates are replaced by others of the line, in a fixed
+    order, up to the line's limit and the project's."""
     matched = [r for r in unit.files if any(p.match(r) for p in source.patterns)]
     eligible = []
     for rel in matched:
@@ -575,11 +618,17 @@ def lay_out(source, unit, taken):
     elif not eligible:
         warn("%s: files of %s match but none is a usable sample" % (source.origin, source.package))
     written = 0
-    for rel, data in spread(eligible, source.limit):
+    first = spread(eligible, source.limit)
+    chosen = {rel for rel, _ in first}
+    project_key = (source.language, source.project)
+    for rel, data in first + [item for item in eligible if item[0] not in chosen]:
+        if written >= source.limit or per_project.get(project_key, 0) >= PROJECT_MAX:
+            break
         dest_rel = os.path.join(source.language, source.project, output_path(unit, rel))
-        if dest_rel in taken:
+        if dest_rel in taken or not prints.admit(source.language, rel, data):
             continue
         taken.add(dest_rel)
+        per_project[project_key] = per_project.get(project_key, 0) + 1
         dest = os.path.join(SAMPLES, dest_rel)
         os.makedirs(os.path.dirname(dest), exist_ok=True)
         with open(dest, "wb") as handle:
@@ -672,12 +721,12 @@ def main():
         shutil.rmtree(SAMPLES, ignore_errors=True)
     os.makedirs(SAMPLES, exist_ok=True)
 
-    counts, taken = {}, set()
+    counts, taken, prints, per_project = {}, set(), Fingerprints(), {}
     for source in sources:
         unit = units[source.unit_key]
         if unit.error:
             continue
-        counts[id(source)] = lay_out(source, unit, taken)
+        counts[id(source)] = lay_out(source, unit, taken, prints, per_project)
 
     failed = [u for u in units.values() if u.error]
     if failed:

@@ -3,11 +3,11 @@
 
 #include <iostream>
 
+#include "base/option_defaults.h"
 #include "common/options.h"
 #include "common/parallel.h"
 #include "common/tool_error.h"
 #include "common/tool_main.h"
-#include "base/option_defaults.h"
 #include "train/trainer.h"
 
 namespace lm = quillon::lingomat;
@@ -83,6 +83,11 @@ int train(int argc, char** argv) {
   parser.add_double("margin", "M",
                     "Adjust also when the sample's language leads by M or less (default 0).",
                     &config.discriminative.margin);
+  parser.add_string("prior-shares", "FILE",
+                    "Set each language's prior from its share of public code, lines "
+                    "'SHARE LANGUAGE' in percent; unlisted languages get the smallest share "
+                    "(default: from the sample counts, nearly balanced).",
+                    &config.prior_shares_path);
   parser.add_strings("only", "LANG",
                      "Build the data file for this language only; repeat for several.",
                      &config.only);

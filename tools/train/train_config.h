@@ -23,6 +23,7 @@ struct TrainConfig {
   std::uint64_t max_singleton_bytes = 0;      // longer tokens seen once are dropped; 0: keep
   std::uint64_t max_tokens_per_language = 0;  // distinct tokens kept; 0: all
   std::vector<std::string> only;              // empty: every defined language
+  std::string prior_shares_path;              // empty: priors from the sample counts
   Calibration calibration;
   DiscriminativeConfig discriminative;
   SplitRule split;

@@ -1,6 +1,7 @@
 #include "train/trainer.h"
 
 #include <iomanip>
+#include <optional>
 #include <sstream>
 
 #include "check/data_file_check.h"
@@ -8,6 +9,7 @@
 #include "common/file_io.h"
 #include "common/progress_line.h"
 #include "common/samples_tree.h"
+#include "train/class_prior.h"
 #include "train/data_file_writer.h"
 #include "train/discriminative.h"
 #include "train/sample_selection.h"
@@ -29,6 +31,13 @@ TrainSummary run_training(const TrainConfig& config) {
   const LanguageDefinitions definitions = read_definitions_file(config.definitions_path);
   const TrainingSet set =
       select_training_set(definitions, walk_samples(config.samples_root), config);
+
+  // Read first, so that a bad table fails before the long part.
+  std::optional<LanguageShares> shares;
+  if (!config.prior_shares_path.empty()) {
+    shares = parse_language_shares(read_file(config.prior_shares_path, "language shares file"),
+                                   config.prior_shares_path);
+  }
 
   const Tokenizer tokenizer(config.tokenizer);
   // Read once: the counts and the re-estimation both use these.
@@ -75,6 +84,10 @@ TrainSummary run_training(const TrainConfig& config) {
   // The occurrences counted; re-estimated statistics hold an encoding total instead.
   for (const SampleTokens& sample : samples) summary.tokens += sample.counted;
   record.counted_tokens = summary.tokens;
+
+  // Set last: the re-estimation leaves each sample's project out of its own
+  // language's prior, which needs the true sample counts.
+  if (shares) weight_priors_by_shares(set.languages, statistics, *shares);
 
   const std::string json = render_data_file(set.languages, statistics, config.calibration, record);
   require_valid_data_file(json, config.output_path);
