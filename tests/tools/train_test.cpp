@@ -10,6 +10,7 @@
 #include "common/tool_error.h"
 #include "eval/score_trace.h"
 #include "test_support.h"
+#include "train/class_prior.h"
 #include "train/data_file_writer.h"
 #include "train/discriminative.h"
 #include "train/token_statistics.h"
@@ -192,6 +193,30 @@ TEST(ScoreTraceTest, RebuildsTheEnginesScoresAndKeepsTheFallback) {
   EXPECT_NE(lines.find("\nfilename\tC\tC\t" + std::to_string(traces[1].tokens) + "\tC="),
             std::string::npos)
       << lines;
+}
+
+TEST(ClassPrior, SharesReplaceSampleCountsOfTrainedLanguagesOnly) {
+  // "C#" holds a '#': only a line that starts with one is a comment.
+  const LanguageShares shares =
+      parse_language_shares("# header\n27.62 C#\n 0.5\tGo \n\n1.25 Rust\n", "shares");
+  EXPECT_EQ(shares, (LanguageShares{{"C#", 27.62}, {"Go", 0.5}, {"Rust", 1.25}}));
+
+  std::vector<LanguageDefinition> languages;
+  for (const char* name : {"C#", "Go", "Rust", "Zig"}) languages.emplace_back().name = name;
+  std::vector<LanguageStatistics> statistics(4);
+  statistics[0].samples = statistics[1].samples = statistics[3].samples = 200;
+  statistics[0].tokens = 7;
+  weight_priors_by_shares(languages, statistics, shares);
+  EXPECT_EQ(statistics[0].samples, 2762u);
+  EXPECT_EQ(statistics[1].samples, 50u);
+  EXPECT_EQ(statistics[2].samples, 0u) << "untrained languages stay untrained";
+  EXPECT_EQ(statistics[3].samples, 50u) << "unlisted: the smallest share";
+  EXPECT_EQ(statistics[0].tokens, 7u);
+
+  for (const char* bad : {"", "27.62\n", "x C\n", "0 C\n", "101 C\n", "1 C\n2 C\n", "1e400 C\n"}) {
+    EXPECT_THROW(parse_language_shares(bad, "shares"), ToolError) << bad;
+  }
+  EXPECT_THROW(weight_priors_by_shares(languages, statistics, {{"Cobra", 1.0}}), ToolError);
 }
 
 }  // namespace
