@@ -50,13 +50,13 @@ bool disarm() {
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
-// The non-throwing forms are never made to fail: callers of those (a sort's scratch buffer)
-// fall back quietly, so nothing would be there to see.
+// The non-throwing forms are never made to fail: their callers (a sort's scratch buffer) fall
+// back quietly, so nothing would be there to see.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
+  return std::malloc(size + 1);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
+  return std::malloc(size + 1);
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
@@ -76,73 +76,48 @@ const char kData[] =
         "tokens": {"C": {"int": 2, ";": 2}, "Python": {"def": 2, "self": 2}},
         "tokens_total": 8, "languages_total": 4})";
 
-// A call this many allocations long would mean a runaway sweep, not a real call.
-constexpr long kMaxAllocations = 100000;
+// Makes each allocation of `call` fail in turn, from the first until the call runs through:
+// every failure must come back as the status for the failure armed, with `untouched()` still
+// true. Returns how many failures were made.
+template <typename Call, typename Untouched>
+long fail_each_allocation(Failure failure, Call call, Untouched untouched) {
+  const int expected =
+      failure == Failure::kForeign ? LINGOMAT_ERROR_UNKNOWN : LINGOMAT_ERROR_MEMORY;
+  for (long index = 0; index < 100000; ++index) {
+    arm(failure, index);
+    const int status = call();
+    if (disarm()) {
+      EXPECT_EQ(status, LINGOMAT_SUCCESS);
+      return index;
+    }
+    EXPECT_EQ(status, expected) << "allocation " << index;
+    EXPECT_TRUE(untouched()) << "allocation " << index;
+  }
+  return -1;
+}
 
-LingomatOpts options(const std::string& path) {
+class BoundaryTest : public ::testing::TestWithParam<Failure> {};
+
+TEST_P(BoundaryTest, EveryFailedAllocationBecomesAStatus) {
+  const TempFile data(kData);
   LingomatOpts opts{};
   lingomatOptsInitWithDefaults(&opts);
-  opts.dataFile = path.c_str();
+  opts.dataFile = data.path().c_str();
   opts.minTokens = 0;
-  return opts;
-}
-
-class BoundaryTest : public ::testing::TestWithParam<Failure> {
- protected:
-  int expected_status() const {
-    return GetParam() == Failure::kForeign ? LINGOMAT_ERROR_UNKNOWN : LINGOMAT_ERROR_MEMORY;
-  }
-};
-
-TEST_P(BoundaryTest, CreateTurnsEveryFailedAllocationIntoAStatus) {
-  const TempFile data(kData);
-  const LingomatOpts opts = options(data.path());
-  long failures = 0;
-  for (long index = 0; index < kMaxAllocations; ++index) {
-    LingomatHandle handle = nullptr;
-    arm(GetParam(), index);
-    const int status = lingomatCreate(&handle, &opts);
-    if (disarm()) {
-      ASSERT_EQ(status, LINGOMAT_SUCCESS);
-      lingomatDestroy(&handle);
-      break;
-    }
-    ++failures;
-    ASSERT_EQ(status, expected_status()) << "allocation " << index;
-    ASSERT_EQ(handle, nullptr) << "allocation " << index;
-  }
-  EXPECT_GT(failures, 10) << "creating an engine should allocate";
-}
-
-TEST_P(BoundaryTest, IdentifyTurnsEveryFailedAllocationIntoAStatusAndKeepsTheEngine) {
-  const TempFile data(kData);
-  const LingomatOpts opts = options(data.path());
   LingomatHandle handle = nullptr;
-  ASSERT_EQ(lingomatCreate(&handle, &opts), LINGOMAT_SUCCESS);
+  const auto create = [&] { return lingomatCreate(&handle, &opts); };
+  EXPECT_GT(fail_each_allocation(GetParam(), create, [&] { return handle == nullptr; }), 10);
+  ASSERT_NE(handle, nullptr);
+
   const std::string code = "def self(): int x; <a href=y> def self";
-
-  const char* expected = nullptr;
-  ASSERT_EQ(lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &expected),
-            LINGOMAT_SUCCESS);
-  ASSERT_STREQ(expected, "Python");
-
-  long failures = 0;
-  for (long index = 0; index < kMaxAllocations; ++index) {
-    const char sentinel[] = "untouched";
-    const char* language = sentinel;
-    arm(GetParam(), index);
-    const int status =
-        lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
-    if (disarm()) {
-      ASSERT_EQ(status, LINGOMAT_SUCCESS);
-      EXPECT_EQ(language, expected);
-      break;
-    }
-    ++failures;
-    ASSERT_EQ(status, expected_status()) << "allocation " << index;
-    ASSERT_EQ(language, sentinel) << "a failed call must not write the answer";
-  }
-  EXPECT_GT(failures, 10) << "identifying should allocate";
+  const char sentinel[] = "untouched";
+  const char* language = sentinel;
+  const auto identify = [&] {
+    return lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
+  };
+  // The engine stays usable after every failure, and a failed call writes no answer.
+  EXPECT_GT(fail_each_allocation(GetParam(), identify, [&] { return language == sentinel; }), 10);
+  EXPECT_STREQ(language, "Python");
   lingomatDestroy(&handle);
 }
 
@@ -151,29 +126,5 @@ INSTANTIATE_TEST_SUITE_P(Failures, BoundaryTest,
                          [](const ::testing::TestParamInfo<Failure>& info) {
                            return info.param == Failure::kForeign ? "ForeignException" : "BadAlloc";
                          });
-
-}  // namespace
-
-namespace {
-
-// A data file may name a language "": an empty answer still means nothing was identified.
-TEST(EmptyLanguageName, NothingIdentifiedIsNullEvenWhenADataFileNamesALanguageSo) {
-  const TempFile data(R"({"filenames": {}, "extnames": {"": [".x"]}, "interpreters": {},
-    "languages": {"": 1}, "language_tokens": {"": 1}, "tokens": {"": {"a": 1}},
-    "tokens_total": 1, "languages_total": 1})");
-  LingomatOpts opts;
-  lingomatOptsInitWithDefaults(&opts);
-  opts.dataFile = data.path().c_str();
-  opts.restrictions = nullptr;
-  opts.restrictionCount = 0;
-  LingomatHandle handle = nullptr;
-  ASSERT_EQ(lingomatCreate(&handle, &opts), LINGOMAT_SUCCESS);
-  for (const char* name : {"file.x", "file.y"}) {
-    const char* language = "unset";
-    ASSERT_EQ(lingomatIdentifyCode(handle, "a", 1, name, &language), LINGOMAT_SUCCESS);
-    EXPECT_EQ(language, nullptr) << name;
-  }
-  lingomatDestroy(&handle);
-}
 
 }  // namespace
