@@ -71,9 +71,8 @@ std::vector<std::string> lookup_in(const std::map<std::string, std::vector<std::
 
 }  // namespace
 
-Classifier::Classifier(const std::string& data_file, std::uint64_t min_tokens)
-    : min_tokens_(min_tokens) {
-  const rapidjson::Document document = parse(data_file);
+Engine::Engine(const EngineOpts& opts) : opts_(opts) {
+  const rapidjson::Document document = parse(opts.data_file);
   const Value& language_tokens = object_member(document, "language_tokens");
   const Value& tokens = object_member(document, "tokens");
   for (const auto& entry : object_member(document, "languages").GetObject()) {
@@ -91,18 +90,22 @@ Classifier::Classifier(const std::string& data_file, std::uint64_t min_tokens)
   }
   tokens_total_ = count_of(member(document, "tokens_total"));
   languages_total_ = count_of(member(document, "languages_total"));
+  build_lookup(filenames_, document, "filenames");
+  build_lookup(extnames_, document, "extnames");
+  build_lookup(interpreters_, document, "interpreters");
+  std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }
 
-std::vector<std::string> Classifier::languages() const {
+std::vector<std::string> Engine::languages() const {
   std::vector<std::string> names;
   for (const auto& entry : languages_) names.push_back(entry.first);
   return names;
 }
 
-Ranking Classifier::classify(const std::vector<std::string>& tokens,
-                             const std::vector<std::string>& languages) const {
+Ranking Engine::classify(const std::vector<std::string>& tokens,
+                         const std::vector<std::string>& languages) const {
   Ranking ranking;
-  if (min_tokens_ != 0 && tokens.size() < min_tokens_) return ranking;
+  if (opts_.min_tokens != 0 && tokens.size() < opts_.min_tokens) return ranking;
   for (const std::string& name : languages) {
     const auto found = languages_.find(name);
     if (found == languages_.end()) continue;
@@ -125,21 +128,13 @@ Ranking Classifier::classify(const std::vector<std::string>& tokens,
   return ranking;
 }
 
-Engine::Engine(const EngineOpts& opts) : opts_(opts), classifier_(opts.data_file, opts.min_tokens) {
-  const rapidjson::Document document = parse(opts.data_file);
-  build_lookup(filenames_, document, "filenames");
-  build_lookup(extnames_, document, "extnames");
-  build_lookup(interpreters_, document, "interpreters");
-  std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
-}
-
 Ranking Engine::identify_by_classifier(const std::string& code,
                                        const std::vector<std::string>& candidates) const {
   const std::vector<std::string> tokens = extract_tokens(code, opts_.tokenizer);
   const std::vector<std::string> names = !candidates.empty()          ? candidates
-                                         : opts_.restrictions.empty() ? classifier_.languages()
+                                         : opts_.restrictions.empty() ? languages()
                                                                       : opts_.restrictions;
-  Ranking ranking = classifier_.classify(tokens, names);
+  Ranking ranking = classify(tokens, names);
   const double floor = opts_.min_score_per_token;
   if (floor != 0.0) {
     Ranking kept;
