@@ -3,12 +3,25 @@
 // global operator new and makes the n-th allocation of a call throw, for every n.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 #include <string>
 
 #include "lingomat.h"
 #include "test_support.h"
+
+// The public header compiles as C++, keeps the options record's binary layout, and lets C++
+// hosts call the entry points from code that must not throw.
+static_assert(sizeof(LingomatOpts) == 56 && offsetof(LingomatOpts, maxScanBytes) == 8 &&
+              offsetof(LingomatOpts, minTokens) == 24 &&
+              offsetof(LingomatOpts, minScorePerToken) == 32 &&
+              offsetof(LingomatOpts, restrictionCount) == 48);
+static_assert(noexcept(lingomatCreate(nullptr, nullptr)));
+static_assert(noexcept(lingomatIdentifyCode(nullptr, nullptr, 0, nullptr, nullptr)));
+static_assert(noexcept(lingomatDestroy(nullptr)));
+static_assert(noexcept(lingomatOptsInitWithDefaults(nullptr)));
+static_assert(noexcept(lingomatPlugInGetErrorString(0)));
 
 namespace {
 
@@ -33,31 +46,14 @@ void* allocate(std::size_t size) {
   return memory;
 }
 
-// Makes the allocation numbered `index` (from 0) of the current thread throw.
-void arm(Failure failure, long index) {
-  armed_failure = failure;
-  allocations_left = index;
-}
-
-// True when the armed allocation was not reached, i.e. the call ran to its end.
-bool disarm() {
-  const bool untouched = armed_failure != Failure::kNone;
-  armed_failure = Failure::kNone;
-  return untouched;
-}
-
 }  // namespace
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
 // The non-throwing forms are never made to fail: their callers (a sort's scratch buffer) fall
 // back quietly, so nothing would be there to see.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size + 1);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size + 1);
-}
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return std::malloc(n + 1); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return std::malloc(n + 1); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
@@ -84,9 +80,11 @@ long fail_each_allocation(Failure failure, Call call, Untouched untouched) {
   const int expected =
       failure == Failure::kForeign ? LINGOMAT_ERROR_UNKNOWN : LINGOMAT_ERROR_MEMORY;
   for (long index = 0; index < 100000; ++index) {
-    arm(failure, index);
+    armed_failure = failure;  // the allocation numbered `index` (from 0) throws
+    allocations_left = index;
     const int status = call();
-    if (disarm()) {
+    if (armed_failure != Failure::kNone) {  // not reached: the call ran to its end
+      armed_failure = Failure::kNone;
       EXPECT_EQ(status, LINGOMAT_SUCCESS);
       return index;
     }
@@ -96,35 +94,28 @@ long fail_each_allocation(Failure failure, Call call, Untouched untouched) {
   return -1;
 }
 
-class BoundaryTest : public ::testing::TestWithParam<Failure> {};
-
-TEST_P(BoundaryTest, EveryFailedAllocationBecomesAStatus) {
+TEST(Boundary, EveryFailedAllocationBecomesAStatus) {
   const TempFile data(kData);
   LingomatOpts opts{};
   lingomatOptsInitWithDefaults(&opts);
   opts.dataFile = data.path().c_str();
   opts.minTokens = 0;
-  LingomatHandle handle = nullptr;
-  const auto create = [&] { return lingomatCreate(&handle, &opts); };
-  EXPECT_GT(fail_each_allocation(GetParam(), create, [&] { return handle == nullptr; }), 10);
-  ASSERT_NE(handle, nullptr);
-
   const std::string code = "def self(): int x; <a href=y> def self";
-  const char sentinel[] = "untouched";
-  const char* language = sentinel;
-  const auto identify = [&] {
-    return lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
-  };
-  // The engine stays usable after every failure, and a failed call writes no answer.
-  EXPECT_GT(fail_each_allocation(GetParam(), identify, [&] { return language == sentinel; }), 10);
-  EXPECT_STREQ(language, "Python");
-  lingomatDestroy(&handle);
+  for (const Failure failure : {Failure::kForeign, Failure::kBadAlloc}) {
+    LingomatHandle handle = nullptr;
+    const auto create = [&] { return lingomatCreate(&handle, &opts); };
+    EXPECT_GT(fail_each_allocation(failure, create, [&] { return handle == nullptr; }), 10);
+    ASSERT_NE(handle, nullptr);
+    const char sentinel[] = "untouched";
+    const char* language = sentinel;
+    const auto identify = [&] {
+      return lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
+    };
+    // The engine stays usable after every failure, and a failed call writes no answer.
+    EXPECT_GT(fail_each_allocation(failure, identify, [&] { return language == sentinel; }), 10);
+    EXPECT_STREQ(language, "Python");
+    lingomatDestroy(&handle);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Failures, BoundaryTest,
-                         ::testing::Values(Failure::kForeign, Failure::kBadAlloc),
-                         [](const ::testing::TestParamInfo<Failure>& info) {
-                           return info.param == Failure::kForeign ? "ForeignException" : "BadAlloc";
-                         });
 
 }  // namespace

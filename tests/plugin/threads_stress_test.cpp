@@ -2,12 +2,12 @@
 // one thread gets. Built under ThreadSanitizer, this is the data-race check of identification.
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "lingomat.h"
+#include "sample_texts.h"
 
 namespace {
 
@@ -31,8 +31,7 @@ TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
   LingomatHandle engine = nullptr;
   ASSERT_EQ(lingomatCreate(&engine, &opts), LINGOMAT_SUCCESS);
 
-  // Texts of several languages, tags, shebangs and bytes of every value, with and without
-  // names, each long enough for the classifier's minimum token count.
+  // Texts of several languages and hostile shapes, with and without names.
   std::vector<Input> inputs;
   for (const char* text :
        {"#include <stdio.h>\nint main(void) { printf(\"hi\\n\"); return 0; }\n",
@@ -46,11 +45,8 @@ TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
       inputs.push_back({repeated, name});
     }
   }
-  std::mt19937 random(7);
-  for (int i = 0; i < 8; ++i) {
-    std::string bytes(512, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(random());
-    inputs.push_back({bytes, i % 2 == 0 ? nullptr : "r.txt"});
+  for (const auto& [shape, text] : quillon::lingomat::test_support::hostile_texts(4096)) {
+    inputs.push_back({text, shape.size() % 2 == 0 ? nullptr : "r.txt"});
   }
   std::vector<const char*> expected;
   for (const Input& input : inputs) expected.push_back(identify(engine, input));

@@ -18,7 +18,6 @@ class Scanner {
   void advance() { ++pos_; }
   void set_pos(std::uint64_t pos) { pos_ = pos; }
 
-  // The match of `pattern` right at the cursor, which moves past it; empty when none.
   std::string scan(const std::string& pattern) {
     const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
     std::smatch match;
@@ -31,7 +30,6 @@ class Scanner {
     return match.str(0);
   }
 
-  // Moves past the next match of `pattern`; returns how far, 0 when there is none.
   std::uint64_t skip_until(const std::string& pattern) {
     std::smatch match;
     if (!std::regex_search(text_.begin() + static_cast<std::ptrdiff_t>(pos_), text_.end(), match,
@@ -180,11 +178,8 @@ std::vector<std::string> extract_tokens(const std::string& text, const Tokenizer
     if (token.empty()) token = scanner.scan("[\\w\\.@#\\/\\*]+");
     if (token.empty()) token = scanner.scan("[\\x80-\\xFF]+");
     if (token.empty()) token = scanner.scan("[-+*/%]|<<?|&&?|\\|\\|?");
-    if (token.empty()) {
-      scanner.advance();
-    } else {
-      tokens.push_back(token);
-    }
+    if (token.empty()) scanner.advance();
+    if (!token.empty()) tokens.push_back(token);
   }
   return tokens;
 }

@@ -40,12 +40,8 @@ struct EnginePair {
 inline EnginePair make_pair(const std::string& data_file, std::uint64_t max_bytes,
                             std::uint64_t max_tokens, std::uint64_t min_tokens, double floor,
                             const std::vector<std::string>& restrictions = {}) {
-  Lingomat::Opts opts;
-  opts.classifier.data_file = data_file;
-  opts.tokenizer = {max_bytes, max_tokens};
-  opts.classifier.min_tokens = min_tokens;
-  opts.classifier.min_score_per_token = floor;
-  opts.restrictions = restrictions;
+  const Lingomat::Opts opts{
+      {max_bytes, max_tokens}, {data_file, min_tokens, 0, floor}, restrictions};
   return {std::make_unique<Lingomat>(opts),
           std::make_unique<reference::Engine>(reference::EngineOpts{
               {max_bytes, max_tokens}, data_file, min_tokens, floor, restrictions})};

@@ -69,23 +69,18 @@ TEST(Differential, OddDataFile) {
 // Many languages, in reverse order in the per-language objects so that each lookup by name
 // has to search, and one repeated there with other numbers after its first entry.
 TEST(Differential, ManyLanguages) {
-  const auto language = [](int i) { return "\"L" + std::to_string(i) + "\":"; };
-  std::string languages, totals, tokens, filenames;
-  for (int i = 0; i < 5000; ++i) {
-    const int r = 4999 - i;
-    languages += language(i) + std::to_string(i + 1) + ",";
-    totals += language(r) + std::to_string(1000 + r) + ",";
-    tokens += language(r) + "{\"t\":" + std::to_string(r % 97 + 1) + "},";
-    filenames += language(i) + "[\"file" + std::to_string(i % 7) + "\"],";
+  std::string languages, totals, tokens;
+  for (int i = 0, r = 4999; i < 5000; ++i, --r) {
+    languages += "\"L" + std::to_string(i) + "\":" + std::to_string(i + 1) + ",";
+    totals += "\"L" + std::to_string(r) + "\":" + std::to_string(1000 + r) + ",";
+    tokens += "\"L" + std::to_string(r) + "\":{\"t\":" + std::to_string(r % 97 + 1) + "},";
   }
-  TempFile file("{\"languages\":{" + languages + "\"x\":1},\"language_tokens\":{" + totals +
-                language(7) + "5,\"x\":1},\"tokens\":{" + tokens + language(7) +
-                "{\"t\":5},\"x\":{}},\"filenames\":{" + filenames + "\"x\":[]}" +
-                ",\"extnames\":{},\"interpreters\":{},\"tokens_total\":100000," +
-                "\"languages_total\":5001}");
+  TempFile file(R"({"filenames": {}, "extnames": {}, "interpreters": {}, "languages": {)" +
+                languages + R"("L7": 9}, "language_tokens": {)" + totals +
+                R"("L7": 5}, "tokens": {)" + tokens +
+                R"("L7": {"t": 5}}, "tokens_total": 100000, "languages_total": 5000})");
   const EnginePair pair = make_pair(file.path(), 0, 0, 0, 0.0);
-  for (const std::string text : {"", "t", "t u t"}) expect_same(pair, "file3", text);
-  EXPECT_EQ(pair.engine->identify_by_filename("file3").size(), 714u);  // i % 7 == 3
+  for (const std::string text : {"", "t", "t u t"}) expect_same(pair, "", text);
 }
 
 }  // namespace
