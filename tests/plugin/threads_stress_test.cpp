@@ -11,14 +11,9 @@
 
 namespace {
 
-struct Input {
-  std::string code;
-  const char* file_name;
-};
-
-const char* identify(LingomatHandle engine, const Input& input) {
+const char* identify(LingomatHandle engine, const std::pair<std::string, const char*>& input) {
   const char* language = nullptr;
-  return lingomatIdentifyCode(engine, input.code.data(), input.code.size(), input.file_name,
+  return lingomatIdentifyCode(engine, input.first.data(), input.first.size(), input.second,
                               &language) == LINGOMAT_SUCCESS
              ? language
              : "(failed)";
@@ -30,27 +25,23 @@ TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
   opts.dataFile = LINGOMAT_TEST_DATA;
   LingomatHandle engine = nullptr;
   ASSERT_EQ(lingomatCreate(&engine, &opts), LINGOMAT_SUCCESS);
-
   // Texts of several languages and hostile shapes, with and without names.
-  std::vector<Input> inputs;
-  for (const char* text :
-       {"#include <stdio.h>\nint main(void) { printf(\"hi\\n\"); return 0; }\n",
-        "def main():\n    print('hi')\n\nif __name__ == '__main__':\n    main()\n",
-        "#!/bin/sh\nset -e\nfor f in *; do echo \"$f\"; done\n",
-        "<html><head><title>x</title></head><body><a href=\"y\">z</a></body></html>\n",
-        "SELECT name FROM users WHERE id = 1;\n", ""}) {
-    std::string repeated;
-    for (int i = 0; i < 8; ++i) repeated += text;
-    for (const char* name : {static_cast<const char*>(nullptr), "a.c", "a.py", "Makefile", "b.h"}) {
-      inputs.push_back({repeated, name});
+  std::vector<std::pair<std::string, const char*>> inputs;
+  for (const char* name : {static_cast<const char*>(nullptr), "a.c", "a.py", "b.h"}) {
+    for (const char* text :
+         {"#include <stdio.h>\nint main(void) { printf(\"hi\\n\"); }\n",
+          "def main():\n    print('hi')\n\nif __name__ == '__main__':\n    main()\n",
+          "#!/bin/sh\nset -e\nfor f in *; do echo \"$f\"; done\n",
+          "<html><body><a href=\"y\">z</a></body></html>\n"}) {
+      inputs.emplace_back(quillon::lingomat::test_support::repeat(text, 8), name);
     }
   }
   for (const auto& [shape, text] : quillon::lingomat::test_support::hostile_texts(4096)) {
-    inputs.push_back({text, shape.size() % 2 == 0 ? nullptr : "r.txt"});
+    inputs.emplace_back(text, shape.size() % 2 == 0 ? nullptr : "r.txt");
   }
   std::vector<const char*> expected;
-  for (const Input& input : inputs) expected.push_back(identify(engine, input));
-  ASSERT_STREQ(expected[1], "C");  // C text named a.c: the answers mean something
+  for (const auto& input : inputs) expected.push_back(identify(engine, input));
+  ASSERT_STREQ(expected[4], "C");  // C text named a.c: the answers mean something
 
   constexpr std::size_t kThreads = 8;
   std::vector<int> mismatches(kThreads, 0);

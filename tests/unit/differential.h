@@ -14,22 +14,15 @@
 
 namespace quillon::lingomat {
 
-// Equal names in equal order, and scores with equal bits (NaN included).
-inline ::testing::AssertionResult same_ranking(const Ranking& actual,
-                                               const reference::Ranking& expected) {
-  if (actual.size() != expected.size()) {
-    return ::testing::AssertionFailure()
-           << actual.size() << " entries instead of " << expected.size();
+// The names and the bits of the scores (NaN included), so that rankings compare exactly.
+inline std::vector<std::pair<std::string, std::uint64_t>> exactly(const Ranking& ranking) {
+  std::vector<std::pair<std::string, std::uint64_t>> result;
+  for (const auto& [name, score] : ranking) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &score, sizeof bits);
+    result.emplace_back(name, bits);
   }
-  for (std::size_t i = 0; i < actual.size(); ++i) {
-    if (actual[i].first != expected[i].first ||
-        std::memcmp(&actual[i].second, &expected[i].second, sizeof(double)) != 0) {
-      return ::testing::AssertionFailure()
-             << "entry " << i << ": " << actual[i].first << " " << actual[i].second
-             << " instead of " << expected[i].first << " " << expected[i].second;
-    }
-  }
-  return ::testing::AssertionSuccess();
+  return result;
 }
 
 struct EnginePair {
@@ -56,8 +49,8 @@ inline void expect_same(const EnginePair& pair, const std::string& name, const s
   EXPECT_EQ(pair.engine->tokenizer().extract_shebang(text), reference::extract_shebang(text));
   EXPECT_EQ(pair.engine->identify("", text), pair.expected->identify("", text)) << name;
   EXPECT_EQ(pair.engine->identify(name, text), pair.expected->identify(name, text)) << name;
-  EXPECT_TRUE(same_ranking(pair.engine->identify_by_classifier(text, {}),
-                           pair.expected->identify_by_classifier(text, {})))
+  EXPECT_EQ(exactly(pair.engine->identify_by_classifier(text, {})),
+            exactly(pair.expected->identify_by_classifier(text, {})))
       << name;
 }
 
