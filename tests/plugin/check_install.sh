@@ -1,9 +1,7 @@
 #!/usr/bin/env bash
-# Installs as a user would, into a prefix other than the configured one, then moves the
-# installed tree elsewhere and builds and runs a C host against it twice: through
-# find_package and through pkg-config. Both must find the header, the library and the
-# data file at the new place. With a second argument (the source tree) the library is also
-# configured and installed with lib64 as its library folder, the way some systems lay out.
+# Installs as a user would, moves the installed tree elsewhere, and builds and runs a C host
+# against it through find_package and through pkg-config; with the source tree as second
+# argument, also with lib64 as the library folder, the way some systems lay out.
 set -euo pipefail
 build_dir=$1
 source_dir=${2:-}
@@ -13,8 +11,7 @@ trap 'rm -rf "$scratch"' EXIT
 
 fail() { echo "install: $*" >&2; exit 1; }
 
-# Builds and runs the consumer against the tree at $1 whose library folder is $2;
-# further arguments go to the consumer's CMake configuration.
+# The consumer against tree $1 with library folder $2, named $3; the rest go to CMake.
 check_tree() {
   local prefix=$1 libdir=$2 name=$3
   shift 3
@@ -44,9 +41,7 @@ mv "$scratch/staged" "$scratch/moved"
 check_tree "$scratch/moved" "$libdir" default
 
 if [ -n "$source_dir" ]; then
-  # Only the install layout differs, not the binary: the configured tree gets the library
-  # already built instead of compiling it again, and the component installs (library,
-  # header, package files, data) need nothing else.
+  # Only the layout differs: the library already built is installed by components.
   cmake -S "$source_dir" -B "$scratch/build64" -DCMAKE_INSTALL_LIBDIR=lib64 \
     -DLINGOMAT_BUILD_TESTS=OFF -DLINGOMAT_BUILD_BENCHMARKS=OFF >/dev/null
   cp -P "$build_dir"/plugin/liblingomatplugin.so* "$scratch/build64/plugin/"

@@ -1,6 +1,8 @@
 // Many threads share one engine through the C interface and must get exactly the answers
 // one thread gets. Built under ThreadSanitizer, this is the data-race check of identification.
+// And a host's worker thread may have a small stack: identification must not need more.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <string>
 #include <thread>
@@ -19,12 +21,18 @@ const char* identify(LingomatHandle engine, const std::pair<std::string, const c
              : "(failed)";
 }
 
-TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
+LingomatHandle shipped_engine(bool every_byte) {
   LingomatOpts opts{};
   lingomatOptsInitWithDefaults(&opts);
   opts.dataFile = LINGOMAT_TEST_DATA;
+  if (every_byte) opts.maxScanBytes = opts.maxTokens = 0;
   LingomatHandle engine = nullptr;
-  ASSERT_EQ(lingomatCreate(&engine, &opts), LINGOMAT_SUCCESS);
+  EXPECT_EQ(lingomatCreate(&engine, &opts), LINGOMAT_SUCCESS);
+  return engine;
+}
+
+TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
+  LingomatHandle engine = shipped_engine(false);
   // Texts of several languages and hostile shapes, with and without names.
   std::vector<std::pair<std::string, const char*>> inputs;
   for (const char* name : {static_cast<const char*>(nullptr), "a.c", "a.py", "b.h"}) {
@@ -57,6 +65,36 @@ TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(mismatches, std::vector<int>(kThreads, 0));
+  lingomatDestroy(&engine);
+}
+
+void* identify_all(void* engine) {
+  namespace samples = quillon::lingomat::test_support;
+  std::vector<samples::NamedText> texts = samples::hostile_texts(1 << 20);
+  texts.push_back({"parentheses", std::string(1 << 20, '(')});
+  texts.push_back({"nested brackets", samples::repeat("{[(<", 1 << 18)});
+  for (const auto& [shape, text] : texts) identify(static_cast<LingomatHandle>(engine), {text, ""});
+  return engine;
+}
+
+// A megabyte of each shape that once recursed or rescanned, every byte read, on a thread with
+// a small stack: a crash here is a stack overflow.
+TEST(ThreadsStress, HugeInputsNeedOnlyASmallStack) {
+  LingomatHandle engine = shipped_engine(true);
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  const std::size_t stack = 4u << 20;  // sanitizers enlarge every frame
+#else
+  const std::size_t stack = 256u << 10;
+#endif
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, stack), 0);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, identify_all, engine), 0);
+  void* result = nullptr;
+  pthread_join(thread, &result);
+  EXPECT_EQ(result, engine);
+  pthread_attr_destroy(&attributes);
   lingomatDestroy(&engine);
 }
 

@@ -83,10 +83,7 @@ Engine::Engine(const EngineOpts& opts) : opts_(opts) {
     for (const auto& token : object_member(tokens, name).GetObject()) {
       token_counts[string_of(token.name)] = count_of(token.value);
     }
-    Language& language = languages_[name];  // the last of a repeated name wins
-    language.tokens = total;
-    language.samples = samples;
-    language.token_counts = token_counts;
+    languages_[name] = Language{total, samples, token_counts};  // the last of a name wins
   }
   tokens_total_ = count_of(member(document, "tokens_total"));
   languages_total_ = count_of(member(document, "languages_total"));
@@ -148,14 +145,12 @@ Ranking Engine::identify_by_classifier(const std::string& code,
 
 std::string Engine::identify(const std::string& file_name, const std::string& code) const {
   std::vector<std::string> candidates = lookup_in(filenames_, file_name);
-  for (const std::string& name : lookup_in(interpreters_, extract_shebang(code))) {
-    candidates.push_back(name);
-  }
   const auto dot = file_name.rfind('.');
-  if (dot != std::string::npos) {
-    for (const std::string& name : lookup_in(extnames_, file_name.substr(dot))) {
-      candidates.push_back(name);
-    }
+  for (const std::vector<std::string>& more :
+       {lookup_in(interpreters_, extract_shebang(code)),
+        dot == std::string::npos ? std::vector<std::string>()
+                                 : lookup_in(extnames_, file_name.substr(dot))}) {
+    candidates.insert(candidates.end(), more.begin(), more.end());
   }
   if (!opts_.restrictions.empty()) {
     std::vector<std::string> allowed;

@@ -41,11 +41,6 @@ class Scanner {
     return pos_ - old_pos;
   }
 
-  static std::string escape(const std::string& text) {
-    static const std::regex special("[\\\\$.|?*+()[{}^]");
-    return std::regex_replace(text, special, "\\$&");
-  }
-
  private:
   const std::regex& compiled(const std::string& pattern) {
     auto found = cache_.find(pattern);
@@ -60,8 +55,11 @@ class Scanner {
   std::uint64_t pos_ = 0;
 };
 
-const char* const kComments[][2] = {{"/*", "*/"}, {"<!--", "-->"},      {"{-", "-}"},
-                                    {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
+// Block comments: the alternation of their starts, and each start's end, as patterns.
+const char* const kCommentStarts = "/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''";
+const std::map<std::string, std::string> kCommentEnds = {{"/*", "\\*/"},       {"<!--", "-->"},
+                                                         {"{-", "-\\}"},       {"(*", "\\*\\)"},
+                                                         {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
 
 std::string after_last_slash(const std::string& path) {
   const auto slash = path.rfind('/');
@@ -122,14 +120,6 @@ std::string extract_shebang(const std::string& text) {
 }
 
 std::vector<std::string> extract_tokens(const std::string& text, const TokenizerOpts& opts) {
-  std::map<std::string, std::string> comment_ends;
-  std::string comment_starts;
-  for (const auto& pair : kComments) {
-    if (!comment_ends.empty()) comment_starts += "|";
-    comment_starts += Scanner::escape(pair[0]);
-    comment_ends[pair[0]] = Scanner::escape(pair[1]);
-  }
-
   std::vector<std::string> tokens;
   Scanner scanner(text);
   while (!scanner.eos() && !(opts.max_bytes != 0 && scanner.pos() >= opts.max_bytes) &&
@@ -146,9 +136,9 @@ std::vector<std::string> extract_tokens(const std::string& text, const Tokenizer
         continue;
       }
     }
-    const std::string comment = scanner.scan(comment_starts);
+    const std::string comment = scanner.scan(kCommentStarts);
     if (!comment.empty()) {
-      scanner.skip_until(comment_ends.at(comment));
+      scanner.skip_until(kCommentEnds.at(comment));
       continue;
     }
     const std::string next = scanner.peek(1, 0);

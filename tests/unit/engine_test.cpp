@@ -33,10 +33,7 @@ const char* const kData = R"json({
 class EngineTest : public ::testing::Test {
  protected:
   Lingomat make(std::uint64_t min_tokens = 40, double floor = -8.0, Names restrictions = {}) {
-    Lingomat::Opts opts;
-    opts.classifier = {file_.path(), min_tokens, 0, floor};
-    opts.restrictions = restrictions;
-    return Lingomat(opts);
+    return Lingomat({{}, {file_.path(), min_tokens, 0, floor}, restrictions});
   }
   TempFile file_{kData};
 };
