@@ -1,6 +1,5 @@
-// No exception may leave the C entry points, whatever its type. The only way to make the
-// library throw at will without changing it is its allocator, so this test replaces the
-// global operator new and makes the n-th allocation of a call throw, for every n.
+// No exception may leave the C entry points, whatever its type: this test replaces the global
+// operator new, the one way to make the library throw at will, and fails each allocation.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -72,9 +71,8 @@ const char kData[] =
         "tokens": {"C": {"int": 2, ";": 2}, "Python": {"def": 2, "self": 2}},
         "tokens_total": 8, "languages_total": 4})";
 
-// Makes each allocation of `call` fail in turn, from the first until the call runs through:
-// every failure must come back as the status for the failure armed, with `untouched()` still
-// true. Returns how many failures were made.
+// Fails each allocation of `call` in turn until it runs through: each failure must come back
+// as its status, with `untouched()` still true. Returns how many failures were made.
 template <typename Call, typename Untouched>
 long fail_each_allocation(Failure failure, Call call, Untouched untouched) {
   const int expected =

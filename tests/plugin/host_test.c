@@ -60,9 +60,10 @@ static void test_options_and_creation(void) {
   LingomatOpts opts = {"kept.json", 0, 0, 0, 0.0, kept_list, 7};
   CHECK(init_defaults(&opts) == LINGOMAT_SUCCESS &&
         init_defaults(NULL) == LINGOMAT_ERROR_BAD_PARAMETER);
-  CHECK(opts.maxScanBytes == 10240 && opts.maxTokens == 500 && opts.minTokens == 40);
-  CHECK(opts.minScorePerToken == -8.0 && opts.restrictions == kept_list);
-  CHECK(strcmp(opts.dataFile, "kept.json") == 0 && opts.restrictionCount == 7);
+  CHECK(opts.maxScanBytes == 10240 && opts.maxTokens == 500 && opts.minTokens == 40 &&
+        opts.minScorePerToken == -8.0);
+  CHECK(!strcmp(opts.dataFile, "kept.json") && opts.restrictions == kept_list &&
+        opts.restrictionCount == 7);
   const char* const messages[] = {"Success",  "Unknown error",          "Bad parameter", "Memory",
                                   "File I/O", "Unable to process JSON", "Unknown error"};
   for (int code = 0; code >= -6; --code) CHECK(strcmp(error_string(code), messages[-code]) == 0);
@@ -99,7 +100,6 @@ static void test_identification(void) {
   IS(name_of(engine, c_code, NULL), "C");
   IS(name_of(engine, "#!/usr/bin/python3\nx", ""), "Python");
   IS(name_of(engine, python_code, "tool.c.h"), "C"); /* the only candidate, by the last dot */
-  IS(name_of(engine, e_code, "a.c"), "C");
   /* No answer, a language known only to the lookups, and the language "": all null. */
   CHECK(name_of(engine, " \n\t ", NULL) == NULL && name_of(engine, "echo hi", "run.sh") == NULL);
   CHECK(name_of(engine, "x", "a.e") == NULL && name_of(engine, e_code, NULL) == NULL);

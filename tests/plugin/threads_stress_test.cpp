@@ -33,15 +33,11 @@ LingomatHandle shipped_engine(bool every_byte) {
 
 TEST(ThreadsStress, ManyThreadsOnOneEngineGetTheSingleThreadedAnswers) {
   LingomatHandle engine = shipped_engine(false);
-  // Texts of several languages and hostile shapes, with and without names.
   std::vector<std::pair<std::string, const char*>> inputs;
   for (const char* name : {static_cast<const char*>(nullptr), "a.c", "a.py", "b.h"}) {
-    for (const char* text :
-         {"#include <stdio.h>\nint main(void) { printf(\"hi\\n\"); }\n",
-          "def main():\n    print('hi')\n\nif __name__ == '__main__':\n    main()\n",
-          "#!/bin/sh\nset -e\nfor f in *; do echo \"$f\"; done\n",
-          "<html><body><a href=\"y\">z</a></body></html>\n"}) {
-      inputs.emplace_back(quillon::lingomat::test_support::repeat(text, 8), name);
+    for (const char* text : {"int main(void) { printf(\"hi\\n\"); }\n", "def f(self):\n  pass\n",
+                             "#!/bin/sh\necho \"$f\"\n", "<html><a href=\"y\">z</a></html>\n"}) {
+      inputs.emplace_back(quillon::lingomat::test_support::repeat(text, 12), name);
     }
   }
   for (const auto& [shape, text] : quillon::lingomat::test_support::hostile_texts(4096)) {

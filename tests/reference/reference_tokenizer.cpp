@@ -43,10 +43,8 @@ class Scanner {
 
  private:
   const std::regex& compiled(const std::string& pattern) {
-    auto found = cache_.find(pattern);
-    if (found == cache_.end()) {
-      found = cache_.emplace(pattern, std::regex(pattern, std::regex_constants::optimize)).first;
-    }
+    const auto [found, fresh] = cache_.try_emplace(pattern);
+    if (fresh) found->second.assign(pattern, std::regex_constants::optimize);
     return found->second;
   }
 
@@ -61,10 +59,8 @@ const std::map<std::string, std::string> kCommentEnds = {{"/*", "\\*/"},       {
                                                          {"{-", "-\\}"},       {"(*", "\\*\\)"},
                                                          {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
 
-std::string after_last_slash(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
-}
+// What follows the last '/', or the whole path (npos + 1 is 0).
+std::string after_last_slash(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 std::vector<std::string> extract_sgml_tokens(const std::string& text) {
   std::vector<std::string> tokens;

@@ -10,17 +10,10 @@
 
 namespace quillon::lingomat::test_support {
 
-// Texts that the differential tests and the benchmarks feed to the engine.
-
 struct NamedText {
   std::string name;
   std::string text;
 };
-
-inline std::string read_file(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(stream), {});
-}
 
 // Every regular file under `root`, in a fixed order, named by its file name.
 inline std::vector<NamedText> files_under(const std::filesystem::path& root, std::size_t limit) {
@@ -31,7 +24,10 @@ inline std::vector<NamedText> files_under(const std::filesystem::path& root, std
   std::sort(paths.begin(), paths.end());
   if (paths.size() > limit) paths.resize(limit);
   std::vector<NamedText> files;
-  for (const auto& path : paths) files.push_back({path.filename().string(), read_file(path)});
+  for (const auto& path : paths) {
+    std::ifstream stream(path, std::ios::binary);
+    files.push_back({path.filename().string(), {std::istreambuf_iterator<char>(stream), {}}});
+  }
   return files;
 }
 

@@ -1,13 +1,10 @@
-// The engine against the reference on small data files and random texts; the shipped data
-// file's turn is in shipped_data_test.cpp.
+// The engine against the reference on small data files and random texts.
 #include "differential.h"
 #include "sample_texts.h"
 #include "test_support.h"
 
 namespace quillon::lingomat {
 namespace {
-
-using test_support::TempFile;
 
 // The tokenizer on random texts under several limits. A prefix that holds all the tokenizer
 // looked at must give the whole text's tokens: callers hand over such a prefix of long texts.
@@ -46,7 +43,7 @@ const char* const kOddData = R"({
   "tokens_total": 26, "languages_total": 11})";
 
 TEST(Differential, OddDataFile) {
-  TempFile file(kOddData);
+  test_support::TempFile file(kOddData);
   std::vector<EnginePair> pairs;
   pairs.push_back(make_pair(file.path(), 0, 0, 0, 0.0));
   pairs.push_back(make_pair(file.path(), 0, 0, 0, -3.0));
@@ -55,9 +52,8 @@ TEST(Differential, OddDataFile) {
     for (const std::string text :
          {"", "a", "a b", "a a a ( ; ;", "e e a", "c d d ( q", "#!/bin/csh\na b", "zz yy n b"}) {
       for (const char* name : {"", "Afile", "afile", "d/Afile", "f.x", "F.X", "f.z", "f.a.x",
-                               "f.x.b", ".x", "d.x/f", "f.", "f.n"}) {
+                               "f.x.b", ".x", "d.x/f", "f.", "f.n"})
         expect_same(pair, name, text);
-      }
       const auto tokens = reference::extract_tokens(text, {0, 0});
       const std::vector<std::string> languages{"A", "C", "A", "nope", "E", "D", "B", "P"};
       EXPECT_EQ(exactly(pair.engine->classifier().classify(tokens, languages)),
@@ -78,10 +74,10 @@ TEST(Differential, ManyLanguages) {
     tokens += "\"L" + std::to_string(r) + "\":{\"t\":" + std::to_string(r % 97 + 1) + ",\"u" +
               std::to_string(r % 40) + "\":1},";
   }
-  TempFile file(R"({"filenames": {}, "extnames": {}, "interpreters": {}, "languages": {)" +
-                languages + R"("L7": 9}, "language_tokens": {)" + totals +
-                R"("L7": 5}, "tokens": {)" + tokens +
-                R"("L7": {"t": 5}}, "tokens_total": 100000, "languages_total": 5000})");
+  test_support::TempFile file(
+      R"({"filenames": {}, "extnames": {}, "interpreters": {}, "languages": {)" + languages +
+      R"("L7": 9}, "language_tokens": {)" + totals + R"("L7": 5}, "tokens": {)" + tokens +
+      R"("L7": {"t": 5}}, "tokens_total": 100000, "languages_total": 5000})");
   const EnginePair pair = make_pair(file.path(), 0, 0, 0, 0.0);
   std::string known;
   for (int i = 0; i < 80; ++i) known += "u" + std::to_string(i % 40) + " t ";

@@ -58,7 +58,6 @@ TEST(Tokenizer, RulesOnHandPickedTexts) {
       {"s = \"a\\\\\" t \" u", {"s", "u"}},  // an escaped backslash reads as an escaped quote
       {"'a\\'b 'c' d", {"c", "d"}},
       {"/* open x", {"open", "x"}},
-      {"'''a'''b", {"b"}},
       {"1st 0x 1e-5 1e5 3.14f 10UL 0xFFul", {"st", "x", "e5"}},
       {"a/b x.y /usr/bin/perl / *", {"a/b", "x.y", "/usr/bin/perl", "/", "*"}},
       {"caf\xC3\xA9x \xFF\xFE\x80 z", {"caf", "\xC3\xA9", "x", "\xFF\xFE\x80", "z"}},
@@ -73,7 +72,6 @@ TEST(Tokenizer, RulesOnHandPickedTexts) {
       {test_support::repeat("{-", 2000) + " tail", {"tail"}},
       {"'" + test_support::repeat("\\'", 2000) + " tail", {"tail"}},
       {"#!/bin/" + std::string(200000, 'y'), {"SHEBANG#!" + std::string(200000, 'y')}},
-      {"'" + std::string(200000, ' '), {}},
   };
   for (const TokenRow& row : rows) {
     SCOPED_TRACE(row.text.substr(0, 60));
