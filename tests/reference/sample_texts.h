@@ -48,7 +48,7 @@ inline std::vector<std::string> random_texts(std::size_t count, std::size_t max_
                                              unsigned seed) {
   static const std::string alphabet =
       std::string("#!/\\\"'<>=-+*%&|.@_;{}()[]0x1e9aFuUlLE \t\r\n\v\f") + "\x80\xC3\xFF" +
-      std::string(1, '\0') + "zZ,abcdefint";
+      std::string(1, '\0') + "zZX,abcdefint";
   std::mt19937 random(seed);
   std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
   std::uniform_int_distribution<std::size_t> length(0, max_length);

@@ -20,7 +20,7 @@ TEST(ShippedDataFile, RepositorySourcesAndRandomTexts) {
     expect_same(shipped(false), name, text);
     expect_same(shipped(true), name, text.substr(0, 6000));  // unlimited: keep the regexes shallow
   }
-  for (const std::string& text : test_support::random_texts(200, 1500, 20261122)) {
+  for (const std::string& text : test_support::random_texts(100, 1500, 20261122)) {
     expect_same(shipped(false), "x.c", text);
     expect_same(shipped(true), "x.h", text);
   }

@@ -58,7 +58,7 @@ TEST(Tokenizer, RulesOnHandPickedTexts) {
       {"s = \"a\\\\\" t \" u", {"s", "u"}},  // an escaped backslash reads as an escaped quote
       {"'a\\'b 'c' d", {"c", "d"}},
       {"/* open x", {"open", "x"}},
-      {"1st 0x 1e-5 1e5 3.14f 10UL 0xFFul", {"st", "x", "e5"}},
+      {"1st 0x 1e-5 1e5 3.14f 10UL 0xFFul 7ULLL 0x1.8p 0X1F", {"st", "x", "e5", "L", "p", "X1F"}},
       {"a/b x.y /usr/bin/perl / *", {"a/b", "x.y", "/usr/bin/perl", "/", "*"}},
       {"caf\xC3\xA9x \xFF\xFE\x80 z", {"caf", "\xC3\xA9", "x", "\xFF\xFE\x80", "z"}},
       {std::string("a\0b\x01\x7F c", 8), {"a", "b", "c"}},
