@@ -1,14 +1,26 @@
-// No exception may leave the C entry points, whatever its type. The only way to make the
-// library throw at will without changing it is its allocator, so this test replaces the
-// global operator new and makes the n-th allocation of a call throw, for every n.
+// No exception may leave the C entry points, whatever its type: this test replaces the global
+// operator new, the one way to make the library throw at will, and fails each allocation.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 #include <string>
 
 #include "lingomat.h"
 #include "test_support.h"
+
+// The public header compiles as C++, keeps the options record's binary layout, and lets C++
+// hosts call the entry points from code that must not throw.
+static_assert(sizeof(LingomatOpts) == 56 && offsetof(LingomatOpts, maxScanBytes) == 8 &&
+              offsetof(LingomatOpts, minTokens) == 24 &&
+              offsetof(LingomatOpts, minScorePerToken) == 32 &&
+              offsetof(LingomatOpts, restrictionCount) == 48);
+static_assert(noexcept(lingomatCreate(nullptr, nullptr)));
+static_assert(noexcept(lingomatIdentifyCode(nullptr, nullptr, 0, nullptr, nullptr)));
+static_assert(noexcept(lingomatDestroy(nullptr)));
+static_assert(noexcept(lingomatOptsInitWithDefaults(nullptr)));
+static_assert(noexcept(lingomatPlugInGetErrorString(0)));
 
 namespace {
 
@@ -33,31 +45,14 @@ void* allocate(std::size_t size) {
   return memory;
 }
 
-// Makes the allocation numbered `index` (from 0) of the current thread throw.
-void arm(Failure failure, long index) {
-  armed_failure = failure;
-  allocations_left = index;
-}
-
-// True when the armed allocation was not reached, i.e. the call ran to its end.
-bool disarm() {
-  const bool untouched = armed_failure != Failure::kNone;
-  armed_failure = Failure::kNone;
-  return untouched;
-}
-
 }  // namespace
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
-// The non-throwing forms are never made to fail: callers of those (a sort's scratch buffer)
-// fall back quietly, so nothing would be there to see.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return std::malloc(size == 0 ? 1 : size);
-}
+// The non-throwing forms are never made to fail: their callers (a sort's scratch buffer) fall
+// back quietly, so nothing would be there to see.
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return std::malloc(n + 1); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return std::malloc(n + 1); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
@@ -76,104 +71,49 @@ const char kData[] =
         "tokens": {"C": {"int": 2, ";": 2}, "Python": {"def": 2, "self": 2}},
         "tokens_total": 8, "languages_total": 4})";
 
-// A call this many allocations long would mean a runaway sweep, not a real call.
-constexpr long kMaxAllocations = 100000;
+// Fails each allocation of `call` in turn until it runs through: each failure must come back
+// as its status, with `untouched()` still true. Returns how many failures were made.
+template <typename Call, typename Untouched>
+long fail_each_allocation(Failure failure, Call call, Untouched untouched) {
+  const int expected =
+      failure == Failure::kForeign ? LINGOMAT_ERROR_UNKNOWN : LINGOMAT_ERROR_MEMORY;
+  for (long index = 0; index < 100000; ++index) {
+    armed_failure = failure;  // the allocation numbered `index` (from 0) throws
+    allocations_left = index;
+    const int status = call();
+    if (armed_failure != Failure::kNone) {  // not reached: the call ran to its end
+      armed_failure = Failure::kNone;
+      EXPECT_EQ(status, LINGOMAT_SUCCESS);
+      return index;
+    }
+    EXPECT_EQ(status, expected) << "allocation " << index;
+    EXPECT_TRUE(untouched()) << "allocation " << index;
+  }
+  return -1;
+}
 
-LingomatOpts options(const std::string& path) {
+TEST(Boundary, EveryFailedAllocationBecomesAStatus) {
+  const TempFile data(kData);
   LingomatOpts opts{};
   lingomatOptsInitWithDefaults(&opts);
-  opts.dataFile = path.c_str();
+  opts.dataFile = data.path().c_str();
   opts.minTokens = 0;
-  return opts;
-}
-
-class BoundaryTest : public ::testing::TestWithParam<Failure> {
- protected:
-  int expected_status() const {
-    return GetParam() == Failure::kForeign ? LINGOMAT_ERROR_UNKNOWN : LINGOMAT_ERROR_MEMORY;
-  }
-};
-
-TEST_P(BoundaryTest, CreateTurnsEveryFailedAllocationIntoAStatus) {
-  const TempFile data(kData);
-  const LingomatOpts opts = options(data.path());
-  long failures = 0;
-  for (long index = 0; index < kMaxAllocations; ++index) {
-    LingomatHandle handle = nullptr;
-    arm(GetParam(), index);
-    const int status = lingomatCreate(&handle, &opts);
-    if (disarm()) {
-      ASSERT_EQ(status, LINGOMAT_SUCCESS);
-      lingomatDestroy(&handle);
-      break;
-    }
-    ++failures;
-    ASSERT_EQ(status, expected_status()) << "allocation " << index;
-    ASSERT_EQ(handle, nullptr) << "allocation " << index;
-  }
-  EXPECT_GT(failures, 10) << "creating an engine should allocate";
-}
-
-TEST_P(BoundaryTest, IdentifyTurnsEveryFailedAllocationIntoAStatusAndKeepsTheEngine) {
-  const TempFile data(kData);
-  const LingomatOpts opts = options(data.path());
-  LingomatHandle handle = nullptr;
-  ASSERT_EQ(lingomatCreate(&handle, &opts), LINGOMAT_SUCCESS);
   const std::string code = "def self(): int x; <a href=y> def self";
-
-  const char* expected = nullptr;
-  ASSERT_EQ(lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &expected),
-            LINGOMAT_SUCCESS);
-  ASSERT_STREQ(expected, "Python");
-
-  long failures = 0;
-  for (long index = 0; index < kMaxAllocations; ++index) {
+  for (const Failure failure : {Failure::kForeign, Failure::kBadAlloc}) {
+    LingomatHandle handle = nullptr;
+    const auto create = [&] { return lingomatCreate(&handle, &opts); };
+    EXPECT_GT(fail_each_allocation(failure, create, [&] { return handle == nullptr; }), 10);
+    ASSERT_NE(handle, nullptr);
     const char sentinel[] = "untouched";
     const char* language = sentinel;
-    arm(GetParam(), index);
-    const int status =
-        lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
-    if (disarm()) {
-      ASSERT_EQ(status, LINGOMAT_SUCCESS);
-      EXPECT_EQ(language, expected);
-      break;
-    }
-    ++failures;
-    ASSERT_EQ(status, expected_status()) << "allocation " << index;
-    ASSERT_EQ(language, sentinel) << "a failed call must not write the answer";
+    const auto identify = [&] {
+      return lingomatIdentifyCode(handle, code.data(), code.size(), "notes.txt", &language);
+    };
+    // The engine stays usable after every failure, and a failed call writes no answer.
+    EXPECT_GT(fail_each_allocation(failure, identify, [&] { return language == sentinel; }), 10);
+    EXPECT_STREQ(language, "Python");
+    lingomatDestroy(&handle);
   }
-  EXPECT_GT(failures, 10) << "identifying should allocate";
-  lingomatDestroy(&handle);
-}
-
-INSTANTIATE_TEST_SUITE_P(Failures, BoundaryTest,
-                         ::testing::Values(Failure::kForeign, Failure::kBadAlloc),
-                         [](const ::testing::TestParamInfo<Failure>& info) {
-                           return info.param == Failure::kForeign ? "ForeignException" : "BadAlloc";
-                         });
-
-}  // namespace
-
-namespace {
-
-// A data file may name a language "": an empty answer still means nothing was identified.
-TEST(EmptyLanguageName, NothingIdentifiedIsNullEvenWhenADataFileNamesALanguageSo) {
-  const TempFile data(R"({"filenames": {}, "extnames": {"": [".x"]}, "interpreters": {},
-    "languages": {"": 1}, "language_tokens": {"": 1}, "tokens": {"": {"a": 1}},
-    "tokens_total": 1, "languages_total": 1})");
-  LingomatOpts opts;
-  lingomatOptsInitWithDefaults(&opts);
-  opts.dataFile = data.path().c_str();
-  opts.restrictions = nullptr;
-  opts.restrictionCount = 0;
-  LingomatHandle handle = nullptr;
-  ASSERT_EQ(lingomatCreate(&handle, &opts), LINGOMAT_SUCCESS);
-  for (const char* name : {"file.x", "file.y"}) {
-    const char* language = "unset";
-    ASSERT_EQ(lingomatIdentifyCode(handle, "a", 1, name, &language), LINGOMAT_SUCCESS);
-    EXPECT_EQ(language, nullptr) << name;
-  }
-  lingomatDestroy(&handle);
 }
 
 }  // namespace

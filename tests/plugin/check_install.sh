@@ -1,58 +1,33 @@
 #!/usr/bin/env bash
-# Installs as a user would, into a prefix other than the configured one, then moves the
-# installed tree elsewhere and builds and runs a C host against it twice: through
-# find_package and through pkg-config. Both must find the header, the library and the
-# data file at the new place. With a second argument (the source tree) the library is also
-# configured and installed with lib64 as its library folder, the way some systems lay out.
+# Installs as a user would, moves the installed tree elsewhere, and builds and runs a C host
+# against it through find_package and through pkg-config: both must find the header, the
+# library and the data file at the new place.
 set -euo pipefail
 build_dir=$1
-source_dir=${2:-}
 here=$(cd "$(dirname "$0")" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-
 fail() { echo "install: $*" >&2; exit 1; }
-
-# Builds and runs the consumer against the tree at $1 whose library folder is $2;
-# further arguments go to the consumer's CMake configuration.
-check_tree() {
-  local prefix=$1 libdir=$2 name=$3
-  shift 3
-  test -f "$prefix/include/lingomat.h" || fail "$name: no header"
-  test -f "$prefix/$libdir/pkgconfig/lingomat.pc" || fail "$name: no lingomat.pc in $libdir"
-  test -f "$prefix/share/lingomat/lingomat.json" || fail "$name: no data file"
-
-  cmake -S "$here/consumer" -B "$scratch/$name-cmake" -DCMAKE_PREFIX_PATH="$prefix" "$@" >/dev/null
-  cmake --build "$scratch/$name-cmake" >/dev/null
-  "$scratch/$name-cmake/consumer" || fail "$name: the find_package consumer failed"
-
-  local pc_path=$prefix/$libdir/pkgconfig
-  local flags datafile
-  flags=$(PKG_CONFIG_PATH="$pc_path" pkg-config --cflags --libs lingomat)
-  datafile=$(PKG_CONFIG_PATH="$pc_path" pkg-config --variable=datafile lingomat)
-  [ "$(realpath "$datafile")" = "$(realpath "$prefix/share/lingomat/lingomat.json")" ] ||
-    fail "$name: pkg-config datafile is $datafile"
-  # shellcheck disable=SC2086  # the flags are several words
-  cc -o "$scratch/$name-pc" "$here/consumer/main.c" -DLINGOMAT_DATA="\"$datafile\"" $flags ||
-    fail "$name: the pkg-config consumer does not compile with: $flags"
-  LD_LIBRARY_PATH="$prefix/$libdir" "$scratch/$name-pc" || fail "$name: the pkg-config consumer failed"
-}
 
 libdir=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build_dir/CMakeCache.txt")
 cmake --install "$build_dir" --prefix "$scratch/staged" >/dev/null
-mv "$scratch/staged" "$scratch/moved"
-check_tree "$scratch/moved" "$libdir" default
+prefix=$scratch/moved
+mv "$scratch/staged" "$prefix"
+test -f "$prefix/include/lingomat.h" || fail "no header"
+test -f "$prefix/$libdir/pkgconfig/lingomat.pc" || fail "no lingomat.pc in $libdir"
+test -f "$prefix/share/lingomat/lingomat.json" || fail "no data file"
 
-if [ -n "$source_dir" ]; then
-  # Only the install layout differs, not the binary: the configured tree gets the library
-  # already built instead of compiling it again, and the component installs (library,
-  # header, package files, data) need nothing else.
-  cmake -S "$source_dir" -B "$scratch/build64" -DCMAKE_INSTALL_LIBDIR=lib64 \
-    -DLINGOMAT_BUILD_TESTS=OFF -DLINGOMAT_BUILD_BENCHMARKS=OFF >/dev/null
-  cp -P "$build_dir"/plugin/liblingomatplugin.so* "$scratch/build64/plugin/"
-  for component in Runtime Development; do
-    cmake --install "$scratch/build64" --component "$component" --prefix "$scratch/prefix64" >/dev/null
-  done
-  check_tree "$scratch/prefix64" lib64 lib64 -DCONSUMER_ON_LIB64_SYSTEM=ON
-fi
+cmake -S "$here/consumer" -B "$scratch/cmake" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$scratch/cmake" >/dev/null
+"$scratch/cmake/consumer" || fail "the find_package consumer failed"
+
+pc_path=$prefix/$libdir/pkgconfig
+flags=$(PKG_CONFIG_PATH="$pc_path" pkg-config --cflags --libs lingomat)
+datafile=$(PKG_CONFIG_PATH="$pc_path" pkg-config --variable=datafile lingomat)
+[ "$(realpath "$datafile")" = "$(realpath "$prefix/share/lingomat/lingomat.json")" ] ||
+  fail "pkg-config datafile is $datafile"
+# shellcheck disable=SC2086  # the flags are several words
+cc -o "$scratch/pc" "$here/consumer/main.c" -DLINGOMAT_DATA="\"$datafile\"" $flags ||
+  fail "the pkg-config consumer does not compile with: $flags"
+LD_LIBRARY_PATH="$prefix/$libdir" "$scratch/pc" || fail "the pkg-config consumer failed"
 echo "install: ok"

@@ -2,38 +2,64 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 
-#include "json/json_reader.h"
+#include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
 
+// Reads the data file with RapidJSON directly, so that the library's own reading is compared
+// too, and throws std::runtime_error with the library's messages for what it refuses.
 namespace quillon::lingomat::reference {
 namespace {
 
-std::uint64_t widen(int value) {
-  return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+using Value = rapidjson::Value;
+
+[[noreturn]] void refuse(const char* message) { throw std::runtime_error(message); }
+
+rapidjson::Document parse(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  stream.exceptions(std::ios::failbit | std::ios::badbit);
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  rapidjson::Document document;
+  document.Parse(text.c_str());  // up to the first NUL byte
+  if (document.HasParseError()) refuse(rapidjson::GetParseError_En(document.GetParseError()));
+  return document;
 }
 
-const JsonValue& member_named(const JsonConstObject& object, const std::string& name) {
+std::string string_of(const Value& value) {
+  if (!value.IsString()) refuse("Expected JSON value to be a string");
+  return std::string(value.GetString(), value.GetStringLength());
+}
+
+// The first member named `name`; `object` must be an object.
+const Value& member(const Value& object, const std::string& name) {
+  if (!object.IsObject()) refuse("Expected JSON value to be an object");
   const auto found = object.FindMember(
-      rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size())));
-  if (found == object.MemberEnd()) throw JsonException(kMissingKey);
+      Value(rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size()))));
+  if (found == object.MemberEnd()) refuse("JSON object missing expected key");
   return found->value;
 }
 
-std::uint64_t count_of(const JsonValue& value) {
-  if (!value.IsInt()) throw JsonException(kUnexpectedType);
-  return widen(value.GetInt());
+const Value& object_member(const Value& object, const std::string& name) {
+  const Value& value = member(object, name);
+  if (!value.IsObject()) refuse("JSON value was of an unexpected type");
+  return value;
 }
 
-void build_lookup(std::map<std::string, std::vector<std::string>>& lookup,
-                  const JsonValue& document, const char* key) {
-  if (!document.IsObject()) throw JsonException(kNotAnObject);
-  const auto member = document.FindMember(key);
-  if (member == document.MemberEnd()) throw JsonException(kMissingKey);
-  if (!member->value.IsObject()) throw JsonException(kUnexpectedType);
-  for (const auto& entry : member->value.GetObject()) {
-    const std::string language = json_string(entry.name);
-    if (!entry.value.IsArray()) throw JsonException(kUnexpectedType);
-    for (const auto& name : entry.value.GetArray()) lookup[json_string(name)].push_back(language);
+// 32-bit integers, widened with their sign: -1 is stored as 2^64 - 1.
+std::uint64_t count_of(const Value& value) {
+  if (!value.IsInt()) refuse("JSON value was of an unexpected type");
+  return static_cast<std::uint64_t>(static_cast<std::int64_t>(value.GetInt()));
+}
+
+void build_lookup(std::map<std::string, std::vector<std::string>>& lookup, const Value& document,
+                  const char* key) {
+  for (const auto& entry : object_member(document, key).GetObject()) {
+    const std::string language = string_of(entry.name);
+    if (!entry.value.IsArray()) refuse("JSON value was of an unexpected type");
+    for (const auto& name : entry.value.GetArray()) lookup[string_of(name)].push_back(language);
   }
 }
 
@@ -45,42 +71,38 @@ std::vector<std::string> lookup_in(const std::map<std::string, std::vector<std::
 
 }  // namespace
 
-Classifier::Classifier(const std::string& data_file, std::uint64_t min_tokens)
-    : min_tokens_(min_tokens) {
-  const JsonDocument document = parse_json_file(data_file);
-  const auto language_tokens = json_get<JsonConstObject>(document, "language_tokens");
-  const auto tokens = json_get<JsonConstObject>(document, "tokens");
-  const auto languages = json_get<JsonConstObject>(document, "languages");
-  for (const auto& member : languages) {
-    const std::string name = json_string(member.name);
-    const std::uint64_t samples = count_of(member.value);
-    const std::uint64_t total = count_of(member_named(language_tokens, name));
-    const JsonValue& counts = member_named(tokens, name);
-    if (!counts.IsObject()) throw JsonException(kUnexpectedType);
+Engine::Engine(const EngineOpts& opts) : opts_(opts) {
+  const rapidjson::Document document = parse(opts.data_file);
+  const Value& language_tokens = object_member(document, "language_tokens");
+  const Value& tokens = object_member(document, "tokens");
+  for (const auto& entry : object_member(document, "languages").GetObject()) {
+    const std::string name = string_of(entry.name);
+    const std::uint64_t samples = count_of(entry.value);
+    const std::uint64_t total = count_of(member(language_tokens, name));
     std::map<std::string, std::uint64_t> token_counts;
-    for (const auto& token : counts.GetObject()) {
-      std::uint64_t& count = token_counts[json_string(token.name)];
-      count = count_of(token.value);
+    for (const auto& token : object_member(tokens, name).GetObject()) {
+      token_counts[string_of(token.name)] = count_of(token.value);
     }
-    Language& language = languages_[name];
-    language.tokens = total;
-    language.samples = samples;
-    language.token_counts = token_counts;
+    languages_[name] = Language{total, samples, token_counts};  // the last of a name wins
   }
-  tokens_total_ = widen(json_get<int>(document, "tokens_total"));
-  languages_total_ = widen(json_get<int>(document, "languages_total"));
+  tokens_total_ = count_of(member(document, "tokens_total"));
+  languages_total_ = count_of(member(document, "languages_total"));
+  build_lookup(filenames_, document, "filenames");
+  build_lookup(extnames_, document, "extnames");
+  build_lookup(interpreters_, document, "interpreters");
+  std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }
 
-std::vector<std::string> Classifier::languages() const {
+std::vector<std::string> Engine::languages() const {
   std::vector<std::string> names;
   for (const auto& entry : languages_) names.push_back(entry.first);
   return names;
 }
 
-Ranking Classifier::classify(const std::vector<std::string>& tokens,
-                             const std::vector<std::string>& languages) const {
+Ranking Engine::classify(const std::vector<std::string>& tokens,
+                         const std::vector<std::string>& languages) const {
   Ranking ranking;
-  if (min_tokens_ != 0 && tokens.size() < min_tokens_) return ranking;
+  if (opts_.min_tokens != 0 && tokens.size() < opts_.min_tokens) return ranking;
   for (const std::string& name : languages) {
     const auto found = languages_.find(name);
     if (found == languages_.end()) continue;
@@ -103,21 +125,13 @@ Ranking Classifier::classify(const std::vector<std::string>& tokens,
   return ranking;
 }
 
-Engine::Engine(const EngineOpts& opts) : opts_(opts), classifier_(opts.data_file, opts.min_tokens) {
-  const JsonDocument document = parse_json_file(opts.data_file);
-  build_lookup(filenames_, document, "filenames");
-  build_lookup(extnames_, document, "extnames");
-  build_lookup(interpreters_, document, "interpreters");
-  std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
-}
-
 Ranking Engine::identify_by_classifier(const std::string& code,
                                        const std::vector<std::string>& candidates) const {
   const std::vector<std::string> tokens = extract_tokens(code, opts_.tokenizer);
   const std::vector<std::string> names = !candidates.empty()          ? candidates
-                                         : opts_.restrictions.empty() ? classifier_.languages()
+                                         : opts_.restrictions.empty() ? languages()
                                                                       : opts_.restrictions;
-  Ranking ranking = classifier_.classify(tokens, names);
+  Ranking ranking = classify(tokens, names);
   const double floor = opts_.min_score_per_token;
   if (floor != 0.0) {
     Ranking kept;
@@ -131,14 +145,12 @@ Ranking Engine::identify_by_classifier(const std::string& code,
 
 std::string Engine::identify(const std::string& file_name, const std::string& code) const {
   std::vector<std::string> candidates = lookup_in(filenames_, file_name);
-  for (const std::string& name : lookup_in(interpreters_, extract_shebang(code))) {
-    candidates.push_back(name);
-  }
   const auto dot = file_name.rfind('.');
-  if (dot != std::string::npos) {
-    for (const std::string& name : lookup_in(extnames_, file_name.substr(dot))) {
-      candidates.push_back(name);
-    }
+  for (const std::vector<std::string>& more :
+       {lookup_in(interpreters_, extract_shebang(code)),
+        dot == std::string::npos ? std::vector<std::string>()
+                                 : lookup_in(extnames_, file_name.substr(dot))}) {
+    candidates.insert(candidates.end(), more.begin(), more.end());
   }
   if (!opts_.restrictions.empty()) {
     std::vector<std::string> allowed;

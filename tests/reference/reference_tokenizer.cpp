@@ -1,72 +1,66 @@
+#include <regex>
+
 #include "reference_engine.h"
 
 namespace quillon::lingomat::reference {
-
-std::string Scanner::peek(std::uint64_t count, std::int64_t offset) const {
-  return text_.substr(pos_ + static_cast<std::uint64_t>(offset), count);
-}
-
-const std::regex& Scanner::compiled(const std::string& pattern) {
-  auto found = cache_.find(pattern);
-  if (found == cache_.end()) {
-    found = cache_.emplace(pattern, std::regex(pattern, std::regex_constants::optimize)).first;
-  }
-  return found->second;
-}
-
-std::string Scanner::scan(const std::string& pattern) {
-  const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
-  std::smatch match;
-  if (!std::regex_search(begin, text_.end(), match, compiled(pattern),
-                         std::regex_constants::match_continuous) ||
-      match[0].first != begin) {
-    return std::string();
-  }
-  pos_ += static_cast<std::uint64_t>(match.length(0));
-  return match.str(0);
-}
-
-std::uint64_t Scanner::skip_until(const std::string& pattern) {
-  const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
-  std::smatch match;
-  if (!std::regex_search(begin, text_.end(), match, compiled(pattern))) return 0;
-  const std::uint64_t old_pos = pos_;
-  pos_ = static_cast<std::uint64_t>(match[0].second - text_.begin());
-  return pos_ - old_pos;
-}
-
-std::string Scanner::escape(const std::string& text) {
-  static const std::regex special("[\\\\$.|?*+()[{}^]");
-  return std::regex_replace(text, special, "\\$&");
-}
-
 namespace {
 
-const char* const kComments[][2] = {{"/*", "*/"}, {"<!--", "-->"},      {"{-", "-}"},
-                                    {"(*", "*)"}, {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
-
-std::string after_last_slash(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-}  // namespace
-
-std::string extract_shebang(const std::string& text) {
-  Scanner scanner(text);
-  if (scanner.scan("#![ \t]*").empty()) return std::string();
-  const std::string path = scanner.scan("\\S+");
-  if (path.empty()) return std::string();
-  std::string name = after_last_slash(path);
-  if (name == "env") {
-    scanner.scan("[ \t]+");
-    scanner.scan("[^\r\n]*=\\S+[ \t]+");
-    name = after_last_slash(scanner.scan("\\S+"));
+// A cursor over a text moved by std::regex patterns, each compiled once per scanner.
+class Scanner {
+ public:
+  explicit Scanner(const std::string& text) : text_(text) {}
+  std::uint64_t pos() const { return pos_; }
+  bool eos() const { return pos_ == text_.size(); }
+  bool line_begin() const { return pos_ == 0 || text_[pos_ - 1] == '\n'; }
+  std::string peek(std::uint64_t count, std::int64_t offset) const {
+    return text_.substr(pos_ + static_cast<std::uint64_t>(offset), count);
   }
-  const auto digit = name.find_first_of("0123456789");
-  if (digit != std::string::npos) name.erase(digit);
-  return name;
-}
+  void advance() { ++pos_; }
+  void set_pos(std::uint64_t pos) { pos_ = pos; }
+
+  std::string scan(const std::string& pattern) {
+    const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(pos_);
+    std::smatch match;
+    if (!std::regex_search(begin, text_.end(), match, compiled(pattern),
+                           std::regex_constants::match_continuous) ||
+        match[0].first != begin) {
+      return std::string();
+    }
+    pos_ += static_cast<std::uint64_t>(match.length(0));
+    return match.str(0);
+  }
+
+  std::uint64_t skip_until(const std::string& pattern) {
+    std::smatch match;
+    if (!std::regex_search(text_.begin() + static_cast<std::ptrdiff_t>(pos_), text_.end(), match,
+                           compiled(pattern))) {
+      return 0;
+    }
+    const std::uint64_t old_pos = pos_;
+    pos_ = static_cast<std::uint64_t>(match[0].second - text_.begin());
+    return pos_ - old_pos;
+  }
+
+ private:
+  const std::regex& compiled(const std::string& pattern) {
+    const auto [found, fresh] = cache_.try_emplace(pattern);
+    if (fresh) found->second.assign(pattern, std::regex_constants::optimize);
+    return found->second;
+  }
+
+  std::map<std::string, std::regex> cache_;
+  const std::string& text_;
+  std::uint64_t pos_ = 0;
+};
+
+// Block comments: the alternation of their starts, and each start's end, as patterns.
+const char* const kCommentStarts = "/\\*|<!--|\\{-|\\(\\*|\"\"\"|'''";
+const std::map<std::string, std::string> kCommentEnds = {{"/*", "\\*/"},       {"<!--", "-->"},
+                                                         {"{-", "-\\}"},       {"(*", "\\*\\)"},
+                                                         {"\"\"\"", "\"\"\""}, {"'''", "'''"}};
+
+// What follows the last '/', or the whole path (npos + 1 is 0).
+std::string after_last_slash(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 std::vector<std::string> extract_sgml_tokens(const std::string& text) {
   std::vector<std::string> tokens;
@@ -103,15 +97,25 @@ std::vector<std::string> extract_sgml_tokens(const std::string& text) {
   return tokens;
 }
 
-std::vector<std::string> extract_tokens(const std::string& text, const TokenizerOpts& opts) {
-  std::map<std::string, std::string> comment_ends;
-  std::string comment_starts;
-  for (const auto& pair : kComments) {
-    if (!comment_ends.empty()) comment_starts += "|";
-    comment_starts += Scanner::escape(pair[0]);
-    comment_ends[pair[0]] = Scanner::escape(pair[1]);
-  }
+}  // namespace
 
+std::string extract_shebang(const std::string& text) {
+  Scanner scanner(text);
+  if (scanner.scan("#![ \t]*").empty()) return std::string();
+  const std::string path = scanner.scan("\\S+");
+  if (path.empty()) return std::string();
+  std::string name = after_last_slash(path);
+  if (name == "env") {
+    scanner.scan("[ \t]+");
+    scanner.scan("[^\r\n]*=\\S+[ \t]+");
+    name = after_last_slash(scanner.scan("\\S+"));
+  }
+  const auto digit = name.find_first_of("0123456789");
+  if (digit != std::string::npos) name.erase(digit);
+  return name;
+}
+
+std::vector<std::string> extract_tokens(const std::string& text, const TokenizerOpts& opts) {
   std::vector<std::string> tokens;
   Scanner scanner(text);
   while (!scanner.eos() && !(opts.max_bytes != 0 && scanner.pos() >= opts.max_bytes) &&
@@ -128,9 +132,9 @@ std::vector<std::string> extract_tokens(const std::string& text, const Tokenizer
         continue;
       }
     }
-    const std::string comment = scanner.scan(comment_starts);
+    const std::string comment = scanner.scan(kCommentStarts);
     if (!comment.empty()) {
-      scanner.skip_until(comment_ends.at(comment));
+      scanner.skip_until(kCommentEnds.at(comment));
       continue;
     }
     const std::string next = scanner.peek(1, 0);
@@ -160,11 +164,8 @@ std::vector<std::string> extract_tokens(const std::string& text, const Tokenizer
     if (token.empty()) token = scanner.scan("[\\w\\.@#\\/\\*]+");
     if (token.empty()) token = scanner.scan("[\\x80-\\xFF]+");
     if (token.empty()) token = scanner.scan("[-+*/%]|<<?|&&?|\\|\\|?");
-    if (token.empty()) {
-      scanner.advance();
-    } else {
-      tokens.push_back(token);
-    }
+    if (token.empty()) scanner.advance();
+    if (!token.empty()) tokens.push_back(token);
   }
   return tokens;
 }

@@ -10,17 +10,10 @@
 
 namespace quillon::lingomat::test_support {
 
-// Texts that the differential tests and the benchmarks feed to the engine.
-
 struct NamedText {
   std::string name;
   std::string text;
 };
-
-inline std::string read_file(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(stream), {});
-}
 
 // Every regular file under `root`, in a fixed order, named by its file name.
 inline std::vector<NamedText> files_under(const std::filesystem::path& root, std::size_t limit) {
@@ -31,7 +24,10 @@ inline std::vector<NamedText> files_under(const std::filesystem::path& root, std
   std::sort(paths.begin(), paths.end());
   if (paths.size() > limit) paths.resize(limit);
   std::vector<NamedText> files;
-  for (const auto& path : paths) files.push_back({path.filename().string(), read_file(path)});
+  for (const auto& path : paths) {
+    std::ifstream stream(path, std::ios::binary);
+    files.push_back({path.filename().string(), {std::istreambuf_iterator<char>(stream), {}}});
+  }
   return files;
 }
 
@@ -52,7 +48,7 @@ inline std::vector<std::string> random_texts(std::size_t count, std::size_t max_
                                              unsigned seed) {
   static const std::string alphabet =
       std::string("#!/\\\"'<>=-+*%&|.@_;{}()[]0x1e9aFuUlLE \t\r\n\v\f") + "\x80\xC3\xFF" +
-      std::string(1, '\0') + "zZ,abcdefint";
+      std::string(1, '\0') + "zZX,abcdefint";
   std::mt19937 random(seed);
   std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
   std::uniform_int_distribution<std::size_t> length(0, max_length);
@@ -104,46 +100,42 @@ struct HostileShape {
 };
 
 inline const std::vector<HostileShape>& hostile_shapes() {
+  using Size = std::size_t;
   static const std::vector<HostileShape> shapes = {
-      {"one tag, one attribute repeated",
-       [](std::size_t size) { return "<a " + repeat("b ", size / 2) + ">"; }},
-      {"one tag, quoted values",
-       [](std::size_t size) { return "<a " + repeat("b c=\"d\" ", size / 8) + ">"; }},
+      {"one tag, one attribute repeated", [](Size n) { return "<a " + repeat("b ", n / 2) + ">"; }},
+      {"one tag, quoted values", [](Size n) { return "<a " + repeat("b c=\"d\" ", n / 8) + ">"; }},
       {"one tag, distinct attributes",
-       [](std::size_t size) {
+       [](Size n) {
          std::string text = "<t ";
-         for (std::size_t i = 0; text.size() < size; ++i) text += "x" + std::to_string(i) + " ";
+         for (std::size_t i = 0; text.size() < n; ++i) text += "x" + std::to_string(i) + " ";
          return text + ">";
        }},
       {"one tag, unclosed quoted value",
-       [](std::size_t size) { return "<a b=\"" + repeat("c ", size / 2) + ">"; }},
-      {"one tag, escaped quotes",
-       [](std::size_t size) { return "<a b='" + repeat("\\' ", size / 3) + ">"; }},
-      {"unclosed string, escaped quotes",
-       [](std::size_t size) { return "\"" + repeat("x \\\" ", size / 5); }},
-      {"escaped quotes", [](std::size_t size) { return repeat("'\\'", size / 3); }},
-      {"unclosed comments", [](std::size_t size) { return repeat("/*", size / 2); }},
+       [](Size n) { return "<a b=\"" + repeat("c ", n / 2) + ">"; }},
+      {"one tag, escaped quotes", [](Size n) { return "<a b='" + repeat("\\' ", n / 3) + ">"; }},
+      {"unclosed string, escaped quotes", [](Size n) { return "\"" + repeat("x \\\" ", n / 5); }},
+      {"escaped quotes", [](Size n) { return repeat("'\\'", n / 3); }},
+      {"unclosed comments", [](Size n) { return repeat("/*", n / 2); }},
       {"unclosed nested comments",
-       [](std::size_t size) { return repeat("{-", size / 4) + std::string(size / 2, 'x'); }},
-      {"line feeds", [](std::size_t size) { return std::string(size, '\n'); }},
-      {"blank line then comment", [](std::size_t size) { return std::string(size, ' ') + "# x"; }},
-      {"one long word", [](std::size_t size) { return std::string(size, 'a'); }},
-      {"digits", [](std::size_t size) { return std::string(size, '9'); }},
-      {"UTF-8", [](std::size_t size) { return repeat("\xC3\xA9", size / 2); }},
-      {"NUL bytes", [](std::size_t size) { return std::string(size, '\0'); }},
+       [](Size n) { return repeat("{-", n / 4) + std::string(n / 2, 'x'); }},
+      {"line feeds", [](Size n) { return std::string(n, '\n'); }},
+      {"blank line then comment", [](Size n) { return std::string(n, ' ') + "# x"; }},
+      {"one long word", [](Size n) { return std::string(n, 'a'); }},
+      {"digits", [](Size n) { return std::string(n, '9'); }},
+      {"UTF-8", [](Size n) { return repeat("\xC3\xA9", n / 2); }},
+      {"NUL bytes", [](Size n) { return std::string(n, '\0'); }},
       {"random bytes",
-       [](std::size_t size) {
-         std::string text(size, '\0');
+       [](Size n) {
+         std::string text(n, '\0');
          std::mt19937 random(7);
          for (char& byte : text) byte = static_cast<char>(random());
          return text;
        }},
-      {"shebang lines",
-       [](std::size_t size) { return repeat("#!/usr/bin/env python\n", size / 22); }},
-      {"open angles", [](std::size_t size) { return std::string(size, '<'); }},
-      {"one unclosed tag", [](std::size_t size) { return "<" + std::string(size, 'a'); }},
-      {"assignments", [](std::size_t size) { return repeat("a=", size / 2); }},
-      {"colliding #! lines", [](std::size_t size) { return shebang_lines(size, true); }},
+      {"shebang lines", [](Size n) { return repeat("#!/usr/bin/env python\n", n / 22); }},
+      {"open angles", [](Size n) { return std::string(n, '<'); }},
+      {"one unclosed tag", [](Size n) { return "<" + std::string(n, 'a'); }},
+      {"assignments", [](Size n) { return repeat("a=", n / 2); }},
+      {"colliding #! lines", [](Size n) { return shebang_lines(n, true); }},
   };
   return shapes;
 }

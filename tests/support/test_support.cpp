@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 extern char** environ;
@@ -19,21 +19,18 @@ namespace quillon::lingomat::test_support {
 
 namespace fs = std::filesystem;
 
-TempFile::TempFile(const std::string& content) {
-  std::string pattern = (fs::temp_directory_path() / "lingomat_test_XXXXXX").string();
-  const int fd = mkstemp(pattern.data());
+TempFile::TempFile(const std::string& content)
+    : path_((fs::temp_directory_path() / "lingomat_test_XXXXXX").string()) {
+  const int fd = mkstemp(path_.data());
   if (fd < 0) throw std::runtime_error("mkstemp failed");
   close(fd);
-  path_ = pattern;
   write_text(path_, content);
 }
 
 TempFile::~TempFile() { std::remove(path_.c_str()); }
 
-TempDir::TempDir() {
-  std::string pattern = (fs::temp_directory_path() / "lingomat-tools-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  path_ = pattern;
+TempDir::TempDir() : path_((fs::temp_directory_path() / "lingomat-tools-XXXXXX").string()) {
+  if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
 }
 
 TempDir::~TempDir() {
@@ -51,9 +48,7 @@ void write_text(const std::string& path, const std::string& content) {
 std::string read_text(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
   if (!stream) throw std::runtime_error("cannot read " + path);
-  std::ostringstream content;
-  content << stream.rdbuf();
-  return content.str();
+  return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
 std::vector<std::string> list_folder(const std::string& path) {
@@ -83,10 +78,9 @@ CommandResult run_program(const std::string& program, const std::vector<std::str
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, in_path.c_str(), O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
-  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
+  const int create = O_WRONLY | O_CREAT | O_TRUNC;
+  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), create, 0600);
+  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), create, 0600);
   pid_t child = 0;
   const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
   posix_spawn_file_actions_destroy(&actions);

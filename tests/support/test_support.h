@@ -13,7 +13,6 @@ class TempFile {
   ~TempFile();
   TempFile(const TempFile&) = delete;
   TempFile& operator=(const TempFile&) = delete;
-
   const std::string& path() const { return path_; }
 
  private:
@@ -27,7 +26,6 @@ class TempDir {
   ~TempDir();
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
-
   const std::string& path() const { return path_; }
   std::string operator/(const std::string& relative) const { return path_ + "/" + relative; }
 
@@ -35,11 +33,9 @@ class TempDir {
   std::string path_;
 };
 
-// Writes `content` to `path`, creating the folders on the way.
-void write_text(const std::string& path, const std::string& content);
+void write_text(const std::string& path, const std::string& content);  // makes the folders
 std::string read_text(const std::string& path);
-// The names in a folder, sorted.
-std::vector<std::string> list_folder(const std::string& path);
+std::vector<std::string> list_folder(const std::string& path);  // the names in it, sorted
 
 struct CommandResult {
   int status = -1;  // the exit status, or -1 when the program did not exit normally
@@ -53,8 +49,7 @@ struct RunOptions {
   std::string stdout_path;  // where its standard output goes; empty: into CommandResult::out
 };
 
-// Runs `program` with `args` (no shell interpretation of the arguments) and waits for it.
-// Throws when it cannot be started.
+// Runs `program` with `args` (no shell) and waits for it; throws when it cannot start.
 CommandResult run_program(const std::string& program, const std::vector<std::string>& args,
                           const RunOptions& options = {});
 
