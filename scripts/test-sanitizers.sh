@@ -4,7 +4,7 @@
 #   asan: AddressSanitizer (leaks included) + UndefinedBehaviorSanitizer, in build-asan/,
 #         every test but the packaging ones
 #   tsan: ThreadSanitizer on the tests labelled "threads" (one engine shared by many threads,
-#         the tools' thread pool), in build-tsan/
+#         the tools' thread pool, the command-line tool's parallel walk), in build-tsan/
 # Each stage keeps its own build folder, so a second run only rebuilds what changed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,8 +23,8 @@ for stage in "${stages[@]}"; do
       ;;
     tsan)
       sanitize=thread
-      targets=(lingomat_threads_stress_test lingomat_tools_test)
-      select=(-R 'ThreadsStress|tools\.ParallelTest')
+      targets=(lingomat lingomat_threads_stress_test lingomat_tools_test)
+      select=(-L threads)
       ;;
     *)
       echo "unknown stage '$stage' (asan or tsan)" >&2
