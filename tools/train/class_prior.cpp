@@ -55,11 +55,12 @@ void weight_priors_by_shares(const std::vector<LanguageDefinition>& languages,
                              std::vector<LanguageStatistics>& statistics,
                              const LanguageShares& shares) {
   double smallest = shares.begin()->second;
-  for (const auto& [name, share] : shares) {
+  for (const auto& entry : shares) {
+    const std::string& name = entry.first;
     const bool defined = std::any_of(languages.begin(), languages.end(),
                                      [&](const LanguageDefinition& l) { return l.name == name; });
     if (!defined) throw ToolError("the language shares name '" + name + "', which is not defined");
-    smallest = std::min(smallest, share);
+    smallest = std::min(smallest, entry.second);
   }
   for (std::size_t i = 0; i < languages.size() && i < statistics.size(); ++i) {
     if (statistics[i].samples == 0) continue;
