@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034  # sourced: the variables are used by its callers
 # The training options of the shipped data file, shared by build-data.sh and
 # measure-accuracy.sh so that what is measured is what is shipped. Every sample and
 # every token, counted as it occurs; an unseen token costs ln(1/500000) and counts are

@@ -39,6 +39,7 @@ plain() {
 }
 
 stage install bash scripts/install-deps.sh test
+stage lint bash scripts/lint.sh
 stage plain plain
 stage js bash scripts/test-js.sh
 stage asan bash scripts/test-sanitizers.sh asan

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "base/option_defaults.h"
 #include "common/split.h"
 #include "engine/engine.h"
-#include "base/option_defaults.h"
 
 namespace quillon::lingomat::tools {
 

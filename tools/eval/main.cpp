@@ -3,12 +3,12 @@
 
 #include <iostream>
 
+#include "base/option_defaults.h"
 #include "common/file_io.h"
 #include "common/options.h"
 #include "common/parallel.h"
 #include "common/tool_error.h"
 #include "common/tool_main.h"
-#include "base/option_defaults.h"
 #include "eval/eval_output.h"
 #include "eval/evaluation.h"
 

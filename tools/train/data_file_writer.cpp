@@ -8,8 +8,8 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "common/tool_error.h"
 #include "base/data_file_keys.h"
+#include "common/tool_error.h"
 
 namespace quillon::lingomat::tools {
 
