@@ -18,6 +18,15 @@ std::uint32_t filter_position(std::uint32_t short_hash, std::uint32_t mask) {
   return (short_hash >> 10) & mask;
 }
 
+// Releases a container's room beyond its content. Unlike the standard shrink_to_fit, which
+// quietly keeps the room when the smaller copy cannot be allocated, this reports the failure.
+template <typename Container>
+void release_room(Container& container) {
+  if (container.capacity() > container.size()) {
+    Container(container.begin(), container.end()).swap(container);
+  }
+}
+
 }  // namespace
 
 std::uint32_t Vocabulary::find(std::string_view token, std::uint64_t hash) const {
@@ -86,9 +95,9 @@ void Vocabulary::shrink_to_fit() {
   std::size_t slot_count = 16;
   while (slot_count < hashes_.size() * 2) slot_count *= 2;
   if (slot_count < slots_.size()) rebuild(slot_count);
-  bytes_.shrink_to_fit();
-  ends_.shrink_to_fit();
-  hashes_.shrink_to_fit();
+  release_room(bytes_);
+  release_room(ends_);
+  release_room(hashes_);
 
   // About sixteen bits per token: one unknown token in fifteen passes the filter.
   std::size_t bits = 64;
