@@ -1,6 +1,7 @@
 #include "json/json_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <utility>
@@ -117,7 +118,7 @@ class SectionGatherer {
     }
     return scalar(DataFileCount{});
   }
-  bool Key(const char* text, rapidjson::SizeType length, bool) {
+  bool Key(const char* text, rapidjson::SizeType length, bool copy) {
     const std::string_view name(text, length);
     switch (place_) {
       case Place::kRoot:
@@ -127,10 +128,20 @@ class SectionGatherer {
         member_name_.assign(text, length);
         break;
       case Place::kTokenCounts:
-        // Interned a batch at a time, so that table slots can be loaded ahead.
-        batch_bytes_.append(text, length);
-        batch_ends_.push_back(batch_bytes_.size());
-        if (batch_ends_.size() == kBatch) intern_batch();
+        // Interned a batch at a time, so that table slots can be loaded ahead. A name that
+        // lies in the file's text is used where it lies; others are copied, into room that
+        // never moves while the batch refers to it.
+        if (copy) {
+          if (batch_bytes_.capacity() - batch_bytes_.size() < length) {
+            intern_batch();
+            batch_bytes_.reserve(std::max<std::size_t>(length, kBatchBytes));
+          }
+          batch_bytes_.append(text, length);
+          batch_.emplace_back(batch_bytes_.data() + batch_bytes_.size() - length, length);
+        } else {
+          batch_.emplace_back(text, length);
+        }
+        if (batch_.size() == kBatch) intern_batch();
         ++token_members_;
         break;
       default:
@@ -149,43 +160,42 @@ class SectionGatherer {
   void reserve(std::size_t members, std::size_t distinct) {
     out_.token_ids.reserve(members);
     out_.token_counts_in_order.reserve(members);
-    out_.vocabulary.reserve(distinct, distinct * 12);
-    batch_ends_.reserve(kBatch);
+    out_.vocabulary.reserve(distinct, distinct * 10);
+    batch_.reserve(kBatch);
+    batch_bytes_.reserve(kBatchBytes);
   }
 
-  // Interns the token names waiting, in file order, and gives each its id.
+  // Interns the token names waiting, in file order, and gives each its id. All are hashed
+  // first, which leaves time to load their table slots; then what interning compares (the
+  // entry a slot names, and its bytes) is loaded a few names ahead.
   void intern_batch() {
     Vocabulary& vocabulary = out_.vocabulary;
-    const std::size_t count = batch_ends_.size();
-    auto name = [&](std::size_t i) {
-      const std::size_t begin = i == 0 ? 0 : batch_ends_[i - 1];
-      return std::string_view(batch_bytes_).substr(begin, batch_ends_[i] - begin);
-    };
-    // Hashes run a few names ahead, so that their table slots are loaded in time.
-    constexpr std::size_t kAhead = 8;
-    std::uint64_t hashes[kAhead] = {};
-    auto hash_ahead = [&](std::size_t k) {
-      hashes[k % kAhead] = vocabulary.hash(name(k));
-      vocabulary.prefetch(hashes[k % kAhead]);
-    };
-    for (std::size_t k = 0; k < std::min(kAhead, count); ++k) hash_ahead(k);
-    for (std::size_t i = 0; i < count; ++i) {
-      const std::uint64_t hash = hashes[i % kAhead];
-      if (i + kAhead < count) hash_ahead(i + kAhead);  // takes the slot just read
-      const TokenHasher::Mode mode = vocabulary.hasher().mode();
-      out_.token_ids.push_back(vocabulary.intern(name(i), hash));
-      if (vocabulary.hasher().mode() != mode) {
-        // A flood made the table change its hash: the hashes read ahead are stale.
-        for (std::size_t k = i + 1; k < std::min(i + 1 + kAhead, count); ++k) hash_ahead(k);
+    const std::size_t count = batch_.size();
+    auto hash_from = [&](std::size_t first) {
+      for (std::size_t k = first; k < count; ++k) {
+        batch_hashes_[k] = vocabulary.hash(batch_[k]);
+        vocabulary.prefetch(batch_hashes_[k]);
       }
+    };
+    hash_from(0);
+    constexpr std::size_t kEntryAhead = 8;
+    constexpr std::size_t kBytesAhead = 4;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i + kEntryAhead < count) vocabulary.prefetch_entry(batch_hashes_[i + kEntryAhead]);
+      if (i + kBytesAhead < count) vocabulary.prefetch_bytes(batch_hashes_[i + kBytesAhead]);
+      const TokenHasher::Mode mode = vocabulary.hasher().mode();
+      out_.token_ids.push_back(vocabulary.intern(batch_[i], batch_hashes_[i]));
+      // A flood made the table change its hash: the hashes taken ahead are stale.
+      if (vocabulary.hasher().mode() != mode) hash_from(i + 1);
     }
+    batch_.clear();
     batch_bytes_.clear();
-    batch_ends_.clear();
   }
 
  private:
-  // Token names interned together.
+  // Token names interned together, and room for their copies.
   static constexpr std::size_t kBatch = 256;
+  static constexpr std::size_t kBatchBytes = 16 * 1024;
 
   // The container the next event belongs to.
   enum class Place : std::uint8_t { kTop, kRoot, kSection, kTokenCounts, kNames, kSkipped };
@@ -399,22 +409,262 @@ class SectionGatherer {
   DataFileTokenCounts* counts_ = nullptr;
   std::vector<std::string>* names_ = nullptr;
   DataFileMember ignored_;
-  // The token names not yet interned, end to end, and where each ends.
+  // The token names not yet interned, and the copies of those that needed one.
+  std::vector<std::string_view> batch_;
   std::string batch_bytes_;
-  std::vector<std::size_t> batch_ends_;
+  std::uint64_t batch_hashes_[kBatch] = {};
   std::size_t token_members_ = 0;
 };
+
+// Scans the plain JSON that data files are written in (no surrogate escapes, integers of at
+// most nine digits, fractions without exponents, nesting within the recursion-safe depth)
+// and hands the gatherer the very events the parser would. At anything else, valid or not,
+// it gives up, and the parser reads the whole file again from the start; so the scan never
+// decides anything the parser could decide differently. It is about twice as fast.
+class PlainScanner {
+  // The bytes a string holds as they are: all but the quote, the backslash and control
+  // characters (the NUL that ends the text among them).
+  static constexpr std::array<bool, 256> kPlainByte = [] {
+    std::array<bool, 256> plain{};
+    for (int c = 0x20; c < 256; ++c) plain[static_cast<std::size_t>(c)] = c != '"' && c != '\\';
+    return plain;
+  }();
+
+ public:
+  explicit PlainScanner(const char* text) : p_(text) {}
+
+  // False when the text is not all plain JSON (or the gatherer stopped); the events handed
+  // over so far are then to be dropped.
+  bool scan(SectionGatherer& out) {
+    skip_space();
+    if (!value(out)) return false;
+    skip_space();
+    return *p_ == '\0';  // the parser, too, stops at the first NUL
+  }
+
+ private:
+  static bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+  void skip_space() {
+    const char* end = p_;
+    while (*end == ' ' || *end == '\n' || *end == '\r' || *end == '\t') ++end;
+    p_ = end;
+  }
+
+  bool value(SectionGatherer& out) {
+    switch (*p_) {
+      case '{':
+        return object(out);
+      case '[':
+        return array(out);
+      case '"': {
+        const char* begin = nullptr;
+        rapidjson::SizeType length = 0;
+        return string(begin, length) && out.String(begin, length, begin == scratch_.data());
+      }
+      case 't':
+        return word("true") && out.Bool(true);
+      case 'f':
+        return word("false") && out.Bool(false);
+      case 'n':
+        return word("null") && out.Null();
+      default:
+        return number(out);
+    }
+  }
+
+  bool word(const char* expected) {
+    for (; *expected != '\0'; ++expected, ++p_) {
+      if (*p_ != *expected) return false;
+    }
+    return true;
+  }
+
+  // From the opening quote: the characters up to the closing one, which is passed. Escapes
+  // are decoded into a scratch copy, as the parser decodes them.
+  bool string(const char*& begin, rapidjson::SizeType& length) {
+    begin = ++p_;
+    const char* end = begin;  // a local cursor stays in a register
+    while (kPlainByte[static_cast<unsigned char>(*end)]) ++end;
+    p_ = end;
+    if (*end == '\\') return escaped_string(begin, length);
+    if (*end != '"') return false;  // control characters, the end
+    length = static_cast<rapidjson::SizeType>(end - begin);
+    ++p_;
+    return true;
+  }
+
+  bool escaped_string(const char*& begin, rapidjson::SizeType& length) {
+    scratch_.assign(begin, p_);
+    for (;;) {
+      const auto c = static_cast<unsigned char>(*p_);
+      if (c == '"') break;
+      if (c < 0x20) return false;
+      ++p_;
+      if (c != '\\') {
+        scratch_.push_back(static_cast<char>(c));
+        continue;
+      }
+      const char escape = *p_++;
+      switch (escape) {
+        case '"':
+        case '\\':
+        case '/':
+          scratch_.push_back(escape);
+          break;
+        case 'b':
+          scratch_.push_back('\b');
+          break;
+        case 'f':
+          scratch_.push_back('\f');
+          break;
+        case 'n':
+          scratch_.push_back('\n');
+          break;
+        case 'r':
+          scratch_.push_back('\r');
+          break;
+        case 't':
+          scratch_.push_back('\t');
+          break;
+        case 'u':
+          if (!code_point()) return false;
+          break;
+        default:
+          return false;
+      }
+    }
+    ++p_;
+    begin = scratch_.data();
+    length = static_cast<rapidjson::SizeType>(scratch_.size());
+    return true;
+  }
+
+  // Four hex digits of a code point outside the surrogates, appended in UTF-8; surrogates
+  // (pairs or not) are left to the parser.
+  bool code_point() {
+    unsigned code = 0;
+    for (int i = 0; i < 4; ++i, ++p_) {
+      const char c = *p_;
+      const int digit = is_digit(c)            ? c - '0'
+                        : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                        : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                               : -1;
+      if (digit < 0) return false;
+      code = code * 16 + static_cast<unsigned>(digit);
+    }
+    if (code >= 0xD800 && code <= 0xDFFF) return false;
+    if (code < 0x80) {
+      scratch_.push_back(static_cast<char>(code));
+    } else if (code < 0x800) {
+      scratch_.push_back(static_cast<char>(0xC0 | (code >> 6)));
+      scratch_.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+    } else {
+      scratch_.push_back(static_cast<char>(0xE0 | (code >> 12)));
+      scratch_.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+      scratch_.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+    }
+    return true;
+  }
+
+  // Integers as the parser hands them on (Uint when not negative, else Int); fractions only
+  // as not being integers, which is all that is read of them.
+  bool number(SectionGatherer& out) {
+    const bool minus = *p_ == '-';
+    if (minus) ++p_;
+    const char* digits = p_;
+    unsigned value = 0;
+    if (*p_ == '0') {
+      ++p_;
+    } else {
+      while (is_digit(*p_)) value = value * 10 + static_cast<unsigned>(*p_++ - '0');
+    }
+    const auto count = p_ - digits;
+    if (count == 0 || count > 9 || *p_ == 'e' || *p_ == 'E') return false;
+    if (*p_ == '.') {
+      const char* fraction = ++p_;
+      while (is_digit(*p_)) ++p_;
+      if (p_ == fraction || p_ - fraction > 15 || *p_ == 'e' || *p_ == 'E') return false;
+      return out.Double(0.0);
+    }
+    return minus ? out.Int(-static_cast<int>(value)) : out.Uint(value);
+  }
+
+  bool object(SectionGatherer& out) {
+    if (++depth_ > kRecursionSafeDepth || !out.StartObject()) return false;
+    ++p_;
+    skip_space();
+    if (*p_ == '}') return close(out.EndObject(0));
+    for (;;) {
+      const char* begin = nullptr;
+      rapidjson::SizeType length = 0;
+      if (*p_ != '"' || !string(begin, length) ||
+          !out.Key(begin, length, begin == scratch_.data())) {
+        return false;
+      }
+      skip_space();
+      if (*p_ != ':') return false;
+      ++p_;
+      skip_space();
+      if (!value(out)) return false;
+      skip_space();
+      if (*p_ == '}') return close(out.EndObject(0));
+      if (*p_ != ',') return false;
+      ++p_;
+      skip_space();
+    }
+  }
+
+  bool array(SectionGatherer& out) {
+    if (++depth_ > kRecursionSafeDepth || !out.StartArray()) return false;
+    ++p_;
+    skip_space();
+    if (*p_ == ']') return close(out.EndArray(0));
+    for (;;) {
+      if (!value(out)) return false;
+      skip_space();
+      if (*p_ == ']') return close(out.EndArray(0));
+      if (*p_ != ',') return false;
+      ++p_;
+      skip_space();
+    }
+  }
+
+  bool close(bool handled) {
+    ++p_;
+    --depth_;
+    return handled;
+  }
+
+  const char* p_;
+  std::size_t depth_ = 0;
+  std::string scratch_;  // a string with escapes, decoded
+};
+
+// Room before anything grows for a token count per sixteen bytes of file, and for five
+// eighths as many different tokens, a little more than trained data files hold; within a
+// bound for the table, whose slots are touched at once, while a large file may hold few
+// tokens.
+void reserve_for(SectionGatherer& gatherer, const std::string& text) {
+  const std::size_t members = text.size() / 16;
+  gatherer.reserve(members, std::min<std::size_t>(members / 8 * 5, 1 << 20));
+}
+
+// Gathers `text` into `sections` by the plain scan; false when the parser must read it.
+bool gather_plain(const std::string& text, DataFileSections& sections) {
+  SectionGatherer gatherer(sections, kRecursionSafeDepth);
+  reserve_for(gatherer, text);
+  if (!PlainScanner(text.c_str()).scan(gatherer)) return false;
+  gatherer.intern_batch();
+  return true;
+}
 
 // Parses `text` into `sections` with `kFlags`; false when it nests deeper than `limit`.
 template <unsigned kFlags>
 bool gather_within(const std::string& text, DataFileSections& sections, std::size_t limit,
                    rapidjson::ParseResult& result) {
-  // Room before anything grows for a token count per sixteen bytes of file, and for half as
-  // many different tokens, as in trained data files; within a bound for the table, whose
-  // slots are touched at once, while a large file may hold few tokens.
-  const std::size_t members = text.size() / 16;
   SectionGatherer gatherer(sections, limit);
-  gatherer.reserve(members, std::min<std::size_t>(members / 2, 1 << 20));
+  reserve_for(gatherer, text);
   rapidjson::StringStream stream(text.c_str());
   rapidjson::Reader reader;
   result = reader.Parse<kFlags>(stream, gatherer);
@@ -427,6 +677,10 @@ bool gather_within(const std::string& text, DataFileSections& sections, std::siz
 
 DataFileSections read_data_file_sections(const std::string& path) {
   const std::string text = read_data_file(path);
+  {
+    DataFileSections plain;
+    if (gather_plain(text, plain)) return plain;
+  }
   DataFileSections sections;
   rapidjson::ParseResult result;
   if (!gather_within<rapidjson::kParseDefaultFlags>(text, sections, kRecursionSafeDepth, result)) {

@@ -21,16 +21,16 @@
 namespace quillon::lingomat {
 namespace {
 
-// Sections in the order the trainer writes them, with repeats of every kind.
+// Sections in the order the trainer writes them, with repeats of every kind and escapes.
 const char* const kWrittenOrder = R"({
 "filenames": {"A": ["Afile", "Bfile"], "B": ["Afile"]},
 "extnames": {"A": [".a", ".x"], "B": [".x"], "C": [".c"]},
 "interpreters": {"A": ["ash"], "C": ["csh", "ash"]},
 "languages": {"A": 3, "B": 1, "C": 2, "A": 5},
 "language_tokens": {"A": 9, "B": 4, "C": 6, "A": 1},
-"tokens": {"A": {"a": 2, "b": 3, "a": 4, "(": 1}, "B": {"b": 1, "c": 3}, "C": {"c": 2, "a": 1},
- "B": {"z": 9}},
-"tokens_total": 20, "languages_total": 8, "calibration": {"x": [1, {"y": null}]}
+"tokens": {"A": {"a": 2, "b": 3, "a": 4, "(": 1}, "B": {"b": 1, "c": 3, "\"": 2},
+ "C": {"c": 2, "a": 1, "\\\/": 1, "\u00e9\u4e2d\t": 3}, "B": {"z": 9}},
+"tokens_total": 20, "languages_total": 8, "calibration": {"x": [1.5, true, {"y": null}]}
 })";
 
 // The same kinds of content with the sections in another order, counts before languages.
@@ -63,28 +63,51 @@ Verdict reference_verdict(const reference::EngineOpts& opts,
 // Texts and names that reach every lookup and the classifier.
 const std::vector<std::pair<std::string, std::string>>& probes() {
   static const std::vector<std::pair<std::string, std::string>> kProbes = {
-      {"Afile", "a b c"},      {"x.x", "a a ( b"},       {"y.c", "c c c z"},
-      {"", "#!/bin/ash\nb c"}, {"", "#!/usr/bin/csh\n"}, {"q.p", "q r q p"},
-      {"", "#!/bin/qsh\nq q"}, {"", "a b ( c q p r"},    {"none", ""},
+      {"Afile", "a b c"},
+      {"x.x", "a a ( b"},
+      {"y.c", "c c c z"},
+      {"", "#!/bin/ash\nb c"},
+      {"", "#!/usr/bin/csh\n"},
+      {"q.p", "q r q p"},
+      {"", "#!/bin/qsh\nq q"},
+      {"", "a b ( c q p r"},
+      {"none", ""},
+      {"", "\" \\/ \u00e9\u4e2d\t \" c"},
   };
   return kProbes;
 }
 
 bool same_bits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
+void expect_same_rankings(const Ranking& ranking, const reference::Ranking& want,
+                          const std::string& content) {
+  ASSERT_EQ(ranking.size(), want.size()) << shown(content);
+  for (std::size_t i = 0; i < ranking.size(); ++i) {
+    EXPECT_EQ(ranking[i].first, want[i].first) << shown(content);
+    EXPECT_TRUE(same_bits(ranking[i].second, want[i].second)) << shown(content);
+  }
+}
+
 void expect_same_engines(const Lingomat& engine, const reference::Engine& expected,
                          const std::string& content) {
-  EXPECT_EQ(engine.classifier().languages(), expected.classifier().languages()) << shown(content);
+  const std::vector<std::string> languages = engine.classifier().languages();
+  EXPECT_EQ(languages, expected.classifier().languages()) << shown(content);
+  // Every token the engine read, and those the files hold with escapes, scored one by one:
+  // a token read wrongly is unseen on one side.
+  std::vector<std::string> tokens = {"\"", "\\/", "\u00e9\u4e2d\t", "a", "q", "unseen"};
+  const Vocabulary& vocabulary = engine.classifier().vocabulary();
+  for (std::uint32_t id = 0; id < vocabulary.size(); ++id) {
+    tokens.emplace_back(vocabulary.token(id));
+  }
+  for (const std::string& token : tokens) {
+    expect_same_rankings(engine.classifier().classify({token}, languages),
+                         expected.classifier().classify({token}, languages), content);
+  }
   for (const auto& [name, text] : probes()) {
     EXPECT_EQ(engine.identify(name, text), expected.identify(name, text))
         << shown(content) << "\nfile " << name << ", text " << text;
-    const Ranking ranking = engine.identify_by_classifier(text, {});
-    const reference::Ranking want = expected.identify_by_classifier(text, {});
-    ASSERT_EQ(ranking.size(), want.size()) << shown(content);
-    for (std::size_t i = 0; i < ranking.size(); ++i) {
-      EXPECT_EQ(ranking[i].first, want[i].first) << shown(content);
-      EXPECT_TRUE(same_bits(ranking[i].second, want[i].second)) << shown(content);
-    }
+    expect_same_rankings(engine.identify_by_classifier(text, {}),
+                         expected.identify_by_classifier(text, {}), content);
   }
 }
 
@@ -108,7 +131,8 @@ void expect_same_loading(const std::string& path, const std::string& content) {
   if (created.engine != nullptr) expect_same_engines(*created.engine, *expected, content);
 }
 
-// Every byte deleted, doubled, and replaced by each of a few bytes that JSON cares about.
+// Every byte deleted, doubled, and replaced by three of the bytes that JSON cares about, in
+// turn, so that each replacement meets every kind of place.
 std::vector<std::string> mutations(const std::string& base) {
   static const char kReplacements[] = {'{', '}', '[', ']', '"', ',',  ':',  '0',
                                        '-', '.', 'e', 'x', ' ', '\\', '\0', '\xff'};
@@ -116,7 +140,8 @@ std::vector<std::string> mutations(const std::string& base) {
   for (std::size_t i = 0; i < base.size(); ++i) {
     variants.push_back(std::string(base).erase(i, 1));
     variants.push_back(std::string(base).insert(i, 1, base[i]));
-    for (const char replacement : kReplacements) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      const char replacement = kReplacements[(i + k * 5) % sizeof kReplacements];
       if (replacement == base[i]) continue;
       std::string replaced = base;
       replaced[i] = replacement;
@@ -126,7 +151,7 @@ std::vector<std::string> mutations(const std::string& base) {
   return variants;
 }
 
-// Every number and string (the bases have no escapes) replaced by values of other types and
+// Every number and string replaced by values of other types and
 // ranges, which single bytes seldom make while keeping the file valid JSON.
 std::vector<std::string> value_swaps(const std::string& base) {
   static const char* const kValues[] = {"1.5", "[]",         "{}",      "\"s\"",     "null",
@@ -135,7 +160,8 @@ std::vector<std::string> value_swaps(const std::string& base) {
   for (std::size_t i = 0; i < base.size();) {
     std::size_t end = i;
     if (base[i] == '"') {
-      end = base.find('"', i + 1) + 1;
+      for (end = i + 1; base[end] != '"'; ++end) end += base[end] == '\\';
+      ++end;
     } else {
       while (end < base.size() &&
              (std::isdigit(static_cast<unsigned char>(base[end])) != 0 || base[end] == '-')) {
