@@ -12,7 +12,6 @@ namespace quillon::lingomat {
 namespace {
 
 constexpr std::uint32_t kNoLanguage = UINT32_MAX;
-constexpr int kSmallCounts = 64;
 
 // Counts are stored as 32-bit JSON integers and widened with sign extension on purpose:
 // a negative count wraps instead of being rejected.
@@ -111,18 +110,11 @@ void Classifier::load(DataFileSections& sections) {
   std::fill(last_language.begin(), last_language.end(), kNoLanguage);
   for (std::uint32_t index = 0; index < token_objects.size(); ++index) {
     const double language_tokens_total = static_cast<double>(by_index_[index]->second.tokens);
-    auto term_of = [&](int count) {
-      return std::log(static_cast<double>(widen(count)) / language_tokens_total);
-    };
-    // Most counts are small: their terms are worked out once per language, by the same
-    // expression, so they keep their bits.
-    double small_terms[kSmallCounts];
-    for (int count = 0; count < kSmallCounts; ++count) small_terms[count] = term_of(count);
     for (std::size_t member = token_objects[index]->first; member < token_objects[index]->end;
          ++member) {
       const std::uint32_t id = ids[member];
-      const int count = counts[member];
-      const double term = count >= 0 && count < kSmallCounts ? small_terms[count] : term_of(count);
+      const double term =
+          std::log(static_cast<double>(widen(counts[member])) / language_tokens_total);
       if (last_language[id] == index) {
         posting_terms_[next[id] - 1] = term;  // the last count of a repeated token wins
         continue;

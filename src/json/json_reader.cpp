@@ -128,21 +128,7 @@ class SectionGatherer {
         member_name_.assign(text, length);
         break;
       case Place::kTokenCounts:
-        // Interned a batch at a time, so that table slots can be loaded ahead. A name that
-        // lies in the file's text is used where it lies; others are copied, into room that
-        // never moves while the batch refers to it.
-        if (copy) {
-          if (batch_bytes_.capacity() - batch_bytes_.size() < length) {
-            intern_batch();
-            batch_bytes_.reserve(std::max<std::size_t>(length, kBatchBytes));
-          }
-          batch_bytes_.append(text, length);
-          batch_.emplace_back(batch_bytes_.data() + batch_bytes_.size() - length, length);
-        } else {
-          batch_.emplace_back(text, length);
-        }
-        if (batch_.size() == kBatch) intern_batch();
-        ++token_members_;
+        add_token_name(text, length, copy);
         break;
       default:
         break;
@@ -155,6 +141,15 @@ class SectionGatherer {
   bool EndArray(rapidjson::SizeType) { return leave(); }
 
   bool too_deep() const { return depth_ > limit_; }
+
+  // Whether the members being read are token counts, which a scan may hand over through
+  // token_count().
+  bool in_token_counts() const { return place_ == Place::kTokenCounts; }
+  // A token and its count, as Key() and then Int() with a count would hand them over.
+  void token_count(const char* text, rapidjson::SizeType length, bool copy, int count) {
+    add_token_name(text, length, copy);
+    out_.token_counts_in_order.push_back(count);
+  }
 
   // Reserves room for about `members` token counts and `distinct` different tokens.
   void reserve(std::size_t members, std::size_t distinct) {
@@ -263,6 +258,24 @@ class SectionGatherer {
   static bool is_name_section(Section section) {
     return section == Section::kFilenames || section == Section::kExtnames ||
            section == Section::kInterpreters;
+  }
+
+  // Token names are interned a batch at a time, so that table slots can be loaded ahead. A
+  // name that lies in the file's text is used where it lies; others are copied, into room
+  // that never moves while the batch refers to it.
+  void add_token_name(const char* text, rapidjson::SizeType length, bool copy) {
+    if (copy) {
+      if (batch_bytes_.capacity() - batch_bytes_.size() < length) {
+        intern_batch();
+        batch_bytes_.reserve(std::max<std::size_t>(length, kBatchBytes));
+      }
+      batch_bytes_.append(text, length);
+      batch_.emplace_back(batch_bytes_.data() + batch_bytes_.size() - length, length);
+    } else {
+      batch_.emplace_back(text, length);
+    }
+    if (batch_.size() == kBatch) intern_batch();
+    ++token_members_;
   }
 
   // A value that is neither an object nor an array, where `count` says what it counts.
@@ -593,6 +606,7 @@ class PlainScanner {
   bool object(SectionGatherer& out) {
     if (++depth_ > kRecursionSafeDepth || !out.StartObject()) return false;
     ++p_;
+    if (out.in_token_counts()) return token_counts(out);
     skip_space();
     if (*p_ == '}') return close(out.EndObject(0));
     for (;;) {
@@ -613,6 +627,53 @@ class PlainScanner {
       ++p_;
       skip_space();
     }
+  }
+
+  // The members of a token-count object, nearly all of them plain counts: read in one loop
+  // and handed over without the dispatch every other value goes through.
+  bool token_counts(SectionGatherer& out) {
+    skip_space();
+    if (*p_ == '}') return close(out.EndObject(0));
+    for (;;) {
+      const char* begin = nullptr;
+      rapidjson::SizeType length = 0;
+      if (*p_ != '"' || !string(begin, length)) return false;
+      const bool copy = begin == scratch_.data();
+      skip_space();
+      if (*p_ != ':') return false;
+      ++p_;
+      skip_space();
+      int count = 0;
+      if (plain_count(count)) {
+        out.token_count(begin, length, copy, count);
+      } else if (!out.Key(begin, length, copy) || !value(out)) {
+        return false;
+      }
+      skip_space();
+      if (*p_ == '}') return close(out.EndObject(0));
+      if (*p_ != ',') return false;
+      ++p_;
+      skip_space();
+    }
+  }
+
+  // A count without sign, fraction or exponent, of at most nine digits, which is passed;
+  // false for anything else, which is left where it is.
+  bool plain_count(int& count) {
+    const char* end = p_;
+    unsigned value = 0;
+    if (*end == '0') {
+      ++end;
+    } else {
+      while (is_digit(*end)) value = value * 10 + static_cast<unsigned>(*end++ - '0');
+    }
+    const auto digits = end - p_;
+    if (digits == 0 || digits > 9 || is_digit(*end) || *end == '.' || *end == 'e' || *end == 'E') {
+      return false;
+    }
+    p_ = end;
+    count = static_cast<int>(value);
+    return true;
   }
 
   bool array(SectionGatherer& out) {
