@@ -3,7 +3,9 @@
 // a whole run of the command-line tool on one small file against the same parse.
 // Run: build/bench/lingomat_loading_bench [--runs N] [--data FILE] [--tool PATH]
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -66,6 +68,20 @@ std::string synthetic_data_file(int count) {
 double median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   return values[values.size() / 2];
+}
+
+// CPU time of this process, in ms: a busy machine stretches wall time far more than this.
+double cpu_ms() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+// The CPU time `work` takes, in ms.
+double cpu_ms_of(const std::function<void()>& work) {
+  const double start = cpu_ms();
+  work();
+  return cpu_ms() - start;
 }
 
 double median_ms(int runs, const std::function<void()>& work) {
@@ -142,7 +158,7 @@ double median_lookup_ms(const std::string& path, int runs) {
 // One run of the tool, start to exit, on `file` with the data file `data`; -1 when it fails.
 std::string g_tool = LINGOMAT_BENCH_TOOL;  // --tool: another build of the tool, to compare
 
-double tool_run_ms(const std::string& data, const std::string& file) {
+double tool_run_ms(const std::string& data, const std::string& file, double& cpu) {
   const auto start = std::chrono::steady_clock::now();
   const pid_t child = fork();
   if (child == 0) {
@@ -153,10 +169,13 @@ double tool_run_ms(const std::string& data, const std::string& file) {
     _exit(127);
   }
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status) ||
+  rusage usage{};
+  if (child < 0 || wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
       WEXITSTATUS(status) != 0) {
     return -1.0;
   }
+  cpu = static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+        static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
       .count();
 }
@@ -165,23 +184,29 @@ double tool_run_ms(const std::string& data, const std::string& file) {
 void report_tool_start(const std::string& data, const std::string& folder, int runs) {
   const std::string file = folder + "/hello.c";
   std::ofstream(file) << "#include <stdio.h>\nint main(void) { puts(\"hi\"); return 0; }\n";
-  std::vector<double> tool, parse;
+  std::vector<double> tool, parse, tool_cpu, parse_cpu;
+  const auto bare_parse = [&] {
+    rapidjson::Document document;
+    document.Parse(read_whole(data).c_str());
+  };
   for (int i = 0; i < runs; ++i) {
-    tool.push_back(tool_run_ms(data, file));
-    parse.push_back(median_ms(1, [&] {
-      rapidjson::Document document;
-      document.Parse(read_whole(data).c_str());
-    }));
+    double cpu = 0;
+    tool.push_back(tool_run_ms(data, file, cpu));
+    tool_cpu.push_back(cpu);
+    parse.push_back(median_ms(1, bare_parse));
+    parse_cpu.push_back(cpu_ms_of(bare_parse));
   }
   std::remove(file.c_str());
   const double tool_ms = median(tool), parse_ms = median(parse);
   std::printf("tool on one small file: %.1f ms, bare parse %.1f ms, ratio %.2f\n", tool_ms,
               parse_ms, tool_ms / parse_ms);
+  std::printf("  by CPU time: %.1f ms, bare parse %.1f ms, ratio %.2f\n", median(tool_cpu),
+              median(parse_cpu), median(tool_cpu) / median(parse_cpu));
 }
 #endif
 
 struct Figures {
-  double file_mib, parse_ms, create_ms, parse_mib, create_mib;
+  double file_mib, parse_ms, create_ms, parse_mib, create_mib, parse_cpu_ms, create_cpu_ms;
 };
 
 // Memory first, in children forked before this process has allocated and freed anything
@@ -203,13 +228,17 @@ Figures measure(const std::string& path, int runs, bool timing) {
   figures.file_mib = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);
   if (timing) {
     // Alternated, so that a busy machine slows both alike.
-    std::vector<double> parse, creation;
+    std::vector<double> parse, creation, parse_cpu, creation_cpu;
     for (int i = 0; i < runs; ++i) {
       parse.push_back(median_ms(1, [&] { bare_parse(); }));
       creation.push_back(median_ms(1, [&] { create(); }));
+      parse_cpu.push_back(cpu_ms_of([&] { bare_parse(); }));
+      creation_cpu.push_back(cpu_ms_of([&] { create(); }));
     }
     figures.parse_ms = median(parse);
     figures.create_ms = median(creation);
+    figures.parse_cpu_ms = median(parse_cpu);
+    figures.create_cpu_ms = median(creation_cpu);
   } else {
     figures.parse_mib = added_mib(bare_parse);
     figures.create_mib = added_mib(create);
@@ -257,6 +286,8 @@ int main(int argc, char** argv) {
                 time.create_ms / time.parse_ms, mem.parse_mib, mem.create_mib,
                 mem.create_mib / time.file_mib, lookup_ms(files[i].second, false),
                 median_lookup_ms(files[i].second, runs));
+    std::printf("%-22s by CPU time: parse %.1f ms, create %.1f ms, ratio %.2f\n", "",
+                time.parse_cpu_ms, time.create_cpu_ms, time.create_cpu_ms / time.parse_cpu_ms);
   }
 #ifdef LINGOMAT_BENCH_TOOL
   report_tool_start(data, folder, runs);

@@ -6,7 +6,7 @@
 
 #include "base/data_file_keys.h"
 #include "classify/text_scorer.h"
-#include "json/json_member_index.h"
+#include "json/json_reader.h"
 
 namespace quillon::lingomat {
 namespace {
@@ -19,123 +19,102 @@ std::uint64_t widen(int value) {
   return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
 }
 
-std::uint64_t read_count(const JsonValue& value) {
-  if (!value.IsInt()) throw JsonException(kUnexpectedType);
-  return widen(value.GetInt());
+std::uint64_t read_count(const DataFileCount& count) {
+  if (!count.is_int) throw JsonException(kUnexpectedType);
+  return widen(count.value);
 }
 
-std::string_view string_view_of(const JsonValue& value) {
-  if (!value.IsString()) throw JsonException(kNotAString);
-  return std::string_view(value.GetString(), value.GetStringLength());
+// The object member `member` of the root, as the document's typed access would find it.
+void require_object(const DataFileMember& member) {
+  if (member.shape == DataFileMember::Shape::kMissing) throw JsonException(kMissingKey);
+  if (member.shape != DataFileMember::Shape::kObject) throw JsonException(kUnexpectedType);
+}
+
+// The integer member `member` of the root.
+std::uint64_t require_int(const DataFileMember& member) {
+  if (member.shape == DataFileMember::Shape::kMissing) throw JsonException(kMissingKey);
+  return read_count(member.count);
 }
 
 }  // namespace
 
-Classifier::Classifier(const Opts& opts) : Classifier(opts, parse_json_file(opts.data_file)) {}
-
-Classifier::Classifier(const Opts& opts, const JsonValue& document)
+Classifier::Classifier(const Opts& opts)
     : data_file_(opts.data_file), min_tokens_(opts.min_tokens), max_results_(opts.max_results) {
-  load(document);
+  DataFileSections sections = read_data_file_sections(opts.data_file);
+  load(sections);
 }
 
-// Two passes over the token objects: the first checks every value in file order and interns
-// the tokens, counting each token's languages; the second fills the postings in place.
-void Classifier::load(const JsonValue& document) {
-  const auto language_tokens = json_get<JsonConstObject>(document, data_keys::kLanguageTokens);
-  const auto tokens = json_get<JsonConstObject>(document, data_keys::kTokens);
-  const auto languages = json_get<JsonConstObject>(document, data_keys::kLanguages);
-  const JsonMemberIndex language_tokens_index(language_tokens);
-  const JsonMemberIndex tokens_index(tokens);
+Classifier::Classifier(const Opts& opts, DataFileSections& sections)
+    : data_file_(opts.data_file), min_tokens_(opts.min_tokens), max_results_(opts.max_results) {
+  load(sections);
+}
 
-  // Room for every token up front: the tables are built once, without growing.
-  std::size_t members = 0;
-  std::size_t bytes = 0;
-  for (const auto& language : tokens) {
-    if (!language.value.IsObject()) continue;
-    members += language.value.MemberCount();
-    for (const auto& token : language.value.GetObject()) {
-      if (token.name.IsString()) bytes += token.name.GetStringLength();
-    }
-  }
-  vocabulary_.reserve(members, bytes);
+// The checks run in the order of a walk over "languages": the first language whose data is
+// faulty decides the error, whatever faults lie elsewhere. Then two passes over the token
+// counts of the languages kept: the first counts each token's languages, the second fills
+// the postings in place.
+void Classifier::load(DataFileSections& sections) {
+  if (!sections.root_is_object) throw JsonException(kNotAnObject);
+  require_object(sections.language_tokens_member);
+  require_object(sections.tokens_member);
+  require_object(sections.languages_member);
 
-  std::vector<const JsonValue*> token_objects;  // per language index
-  std::vector<std::uint32_t> member_ids;        // token id of every member, in file order
-  std::vector<std::uint32_t> last_language;     // per token id, the language that saw it last
-  member_ids.reserve(members);
-  last_language.reserve(members);
-  posting_starts_.reserve(members + 1);
-  for (const auto& member : languages) {
-    const std::string name(string_view_of(member.name));
-    const std::uint64_t samples = read_count(member.value);
-    const std::uint64_t token_total = read_count(language_tokens_index.at(name));
-    const JsonValue& token_object = tokens_index.at(name);
-    if (!token_object.IsObject()) throw JsonException(kUnexpectedType);
+  std::vector<const DataFileTokenCounts*> token_objects;  // per language index
+  for (const auto& [name, samples_count] : sections.languages) {
+    const std::uint64_t samples = read_count(samples_count);
+    const auto token_total = sections.language_tokens.find(name);
+    if (token_total == sections.language_tokens.end()) throw JsonException(kMissingKey);
+    const std::uint64_t tokens = read_count(token_total->second);
+    const auto counts = sections.token_counts.find(name);
+    if (counts == sections.token_counts.end()) throw JsonException(kMissingKey);
+    if (!counts->second.is_object) throw JsonException(kUnexpectedType);
 
     const auto [entry, inserted] = languages_.try_emplace(name);
     // A repeated language reads the same first "tokens" member again: nothing new to store.
     if (inserted) {
-      const auto index = static_cast<std::uint32_t>(by_index_.size());
-      entry->second.index = index;
+      if (!counts->second.all_counts_int) throw JsonException(kUnexpectedType);
+      entry->second.index = static_cast<std::uint32_t>(by_index_.size());
       by_index_.push_back(&*entry);
-      token_objects.push_back(&token_object);
-      // Hashes run a few members ahead, so that their table slots are loaded in time.
-      constexpr std::size_t kAhead = 8;
-      const auto object = token_object.GetObject();
-      const auto first = object.MemberBegin();
-      const std::size_t count = object.MemberCount();
-      std::uint64_t hashes[kAhead] = {};
-      auto hash_ahead = [&](std::size_t k) {
-        if (!first[k].name.IsString()) return;  // reported when its turn comes
-        hashes[k % kAhead] = vocabulary_.hash(string_view_of(first[k].name));
-        vocabulary_.prefetch(hashes[k % kAhead]);
-      };
-      for (std::size_t k = 0; k < std::min(kAhead, count); ++k) hash_ahead(k);
-      for (std::size_t i = 0; i < count; ++i) {
-        const auto& token = first[i];
-        const std::uint64_t hash = hashes[i % kAhead];
-        if (i + kAhead < count) hash_ahead(i + kAhead);  // takes the slot just read
-        const TokenHasher::Mode mode = vocabulary_.hasher().mode();
-        const std::uint32_t id = vocabulary_.intern(string_view_of(token.name), hash);
-        if (vocabulary_.hasher().mode() != mode) {
-          // A flood made the table change its hash: the hashes read ahead are stale.
-          for (std::size_t k = i + 1; k < std::min(i + 1 + kAhead, count); ++k) hash_ahead(k);
-        }
-        read_count(token.value);
-        if (id == last_language.size()) {
-          last_language.push_back(kNoLanguage);
-          posting_starts_.push_back(0);
-        }
-        if (last_language[id] != index) {  // a token repeated in one object is one posting
-          last_language[id] = index;
-          ++posting_starts_[id];
-        }
-        member_ids.push_back(id);
-      }
+      token_objects.push_back(&counts->second);
     }
-    entry->second.tokens = token_total;
+    entry->second.tokens = tokens;
     entry->second.samples = samples;
   }
-  tokens_total_ = widen(json_get<int>(document, data_keys::kTokensTotal));
-  languages_total_ = widen(json_get<int>(document, data_keys::kLanguagesTotal));
-  vocabulary_.shrink_to_fit();
+  tokens_total_ = require_int(sections.tokens_total);
+  languages_total_ = require_int(sections.languages_total);
 
-  // Counts per token become start offsets; one more entry marks the end.
+  vocabulary_ = std::move(sections.vocabulary);
+  vocabulary_.shrink_to_fit();
+  const std::vector<std::uint32_t>& ids = sections.token_ids;
+  const std::vector<int>& counts = sections.token_counts_in_order;
+
+  // Tokens per language become start offsets; one more entry marks the end. A token
+  // repeated in one object is one posting.
+  std::vector<std::uint32_t> last_language(vocabulary_.size(), kNoLanguage);
+  posting_starts_.assign(vocabulary_.size() + 1, 0);
+  for (std::uint32_t index = 0; index < token_objects.size(); ++index) {
+    for (std::size_t member = token_objects[index]->first; member < token_objects[index]->end;
+         ++member) {
+      const std::uint32_t id = ids[member];
+      if (last_language[id] == index) continue;
+      last_language[id] = index;
+      ++posting_starts_[id];
+    }
+  }
   std::uint32_t total = 0;
   for (std::uint32_t& start : posting_starts_) total += std::exchange(start, total);
-  posting_starts_.push_back(total);
   posting_languages_.resize(total);
   posting_terms_.resize(total);
 
   std::vector<std::uint32_t> next(posting_starts_.begin(), posting_starts_.end() - 1);
   std::fill(last_language.begin(), last_language.end(), kNoLanguage);
-  std::size_t member = 0;
   for (std::uint32_t index = 0; index < token_objects.size(); ++index) {
     const double language_tokens_total = static_cast<double>(by_index_[index]->second.tokens);
-    for (const auto& token : token_objects[index]->GetObject()) {
-      const std::uint32_t id = member_ids[member++];
+    for (std::size_t member = token_objects[index]->first; member < token_objects[index]->end;
+         ++member) {
+      const std::uint32_t id = ids[member];
       const double term =
-          std::log(static_cast<double>(widen(token.value.GetInt())) / language_tokens_total);
+          std::log(static_cast<double>(widen(counts[member])) / language_tokens_total);
       if (last_language[id] == index) {
         posting_terms_[next[id] - 1] = term;  // the last count of a repeated token wins
         continue;

@@ -8,7 +8,7 @@
 
 #include "base/option_defaults.h"
 #include "classify/vocabulary.h"
-#include "json/json_reader.h"
+#include "json/data_file_sections.h"
 
 namespace quillon::lingomat {
 
@@ -30,8 +30,9 @@ class Classifier {
 
   // Reads the statistics from opts.data_file.
   explicit Classifier(const Opts& opts);
-  // Reads the statistics from a document already parsed from opts.data_file.
-  Classifier(const Opts& opts, const JsonValue& document);
+  // Takes the statistics from the sections already read from opts.data_file; their
+  // vocabulary moves into the classifier.
+  Classifier(const Opts& opts, DataFileSections& sections);
 
   std::vector<std::string> languages() const;
   // Points into the classifier's own copy of the name; valid as long as the classifier.
@@ -57,7 +58,7 @@ class Classifier {
   };
   using LanguageEntry = std::pair<const std::string, Language>;
 
-  void load(const JsonValue& document);
+  void load(DataFileSections& sections);
   double prior(const Language& language) const;
 
   std::string data_file_;

@@ -18,6 +18,16 @@ std::uint32_t filter_position(std::uint32_t short_hash, std::uint32_t mask) {
   return (short_hash >> 10) & mask;
 }
 
+// Releases a container's room beyond its content, when there is much of it: a little is
+// cheaper kept than copied away. Unlike the standard shrink_to_fit, which quietly keeps the
+// room when the smaller copy cannot be allocated, this reports the failure.
+template <typename Container>
+void release_room(Container& container) {
+  if (container.capacity() - container.size() > container.size() / 4) {
+    Container(container.begin(), container.end()).swap(container);
+  }
+}
+
 }  // namespace
 
 std::uint32_t Vocabulary::find(std::string_view token, std::uint64_t hash) const {
@@ -32,6 +42,20 @@ std::uint32_t Vocabulary::find(std::string_view token, std::uint64_t hash) const
     if (id == kAbsent) return kAbsent;
     if (hashes_[id] == short_hash && this->token(id) == token) return id;
   }
+}
+
+void Vocabulary::prefetch_entry(std::uint64_t hash) const {
+  const std::uint32_t id = slots_[probe_start(hash)];
+  if (id == kAbsent) return;
+  __builtin_prefetch(&hashes_[id]);
+  __builtin_prefetch(&ends_[id]);
+  if (id != 0) __builtin_prefetch(&ends_[id - 1]);
+}
+
+void Vocabulary::prefetch_bytes(std::uint64_t hash) const {
+  const std::uint32_t id = slots_[probe_start(hash)];
+  if (id == kAbsent) return;
+  __builtin_prefetch(bytes_.data() + (id == 0 ? 0 : ends_[id - 1]));
 }
 
 std::uint32_t Vocabulary::intern(std::string_view token, std::uint64_t hash) {
@@ -86,9 +110,9 @@ void Vocabulary::shrink_to_fit() {
   std::size_t slot_count = 16;
   while (slot_count < hashes_.size() * 2) slot_count *= 2;
   if (slot_count < slots_.size()) rebuild(slot_count);
-  bytes_.shrink_to_fit();
-  ends_.shrink_to_fit();
-  hashes_.shrink_to_fit();
+  release_room(bytes_);
+  release_room(ends_);
+  release_room(hashes_);
 
   // About sixteen bits per token: one unknown token in fifteen passes the filter.
   std::size_t bits = 64;

@@ -30,6 +30,10 @@ class Vocabulary {
   std::uint32_t intern(std::string_view token, std::uint64_t hash);
   // Starts loading the table slot of a token about to be interned.
   void prefetch(std::uint64_t hash) const { __builtin_prefetch(&slots_[probe_start(hash)]); }
+  // Once the slot is loaded: starts loading the entry it names, and once that is loaded, the
+  // entry's bytes, which interning compares with the token.
+  void prefetch_entry(std::uint64_t hash) const;
+  void prefetch_bytes(std::uint64_t hash) const;
   std::uint32_t find(std::string_view token) const { return find(token, hash(token)); }
   std::uint32_t find(std::string_view token, std::uint64_t hash) const;
 

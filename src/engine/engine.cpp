@@ -14,21 +14,18 @@
 namespace quillon::lingomat {
 namespace {
 
-// Keeps "language → names" from the data file as listed, and inverts it into
-// "name → languages", keeping file order in both.
-template <std::size_t N>
-void build_lookup(LanguageLookup& lookup, LanguageNames& lists, const JsonValue& document,
-                  const char (&key)[N]) {
-  for (const auto& entry : json_get<JsonConstObject>(document, key)) {
-    const std::string language = json_string(entry.name);
-    if (!entry.value.IsArray()) throw JsonException(kUnexpectedType);
-    std::vector<std::string>& names =
-        lists.emplace_back(language, std::vector<std::string>()).second;
-    names.reserve(entry.value.Size());
-    for (const auto& name : entry.value.GetArray()) {
-      names.push_back(json_string(name));
-      lookup[names.back()].push_back(language);
-    }
+// Inverts "language → names" from the data file into "name → languages", keeping file order
+// in both, and keeps the lists as they were read. Refuses the section as a walk over it would:
+// the first fault met, in file order.
+void build_lookup(LanguageLookup& lookup, LanguageNames& lists, DataFileNameSection& section) {
+  if (section.member.shape == DataFileMember::Shape::kMissing) throw JsonException(kMissingKey);
+  if (section.member.shape != DataFileMember::Shape::kObject) {
+    throw JsonException(kUnexpectedType);
+  }
+  if (section.fault != nullptr) throw JsonException(section.fault);
+  lists = std::move(section.lists);
+  for (const auto& [language, names] : lists) {
+    for (const std::string& name : names) lookup[name].push_back(language);
   }
 }
 
@@ -60,15 +57,16 @@ void return_freed_memory() {
 
 // The file is read and parsed once: the statistics are checked first, then the lookups, so
 // errors come in the order they always did.
-Lingomat::Lingomat(const Opts& opts) : Lingomat(opts, parse_json_file(opts.classifier.data_file)) {
-  return_freed_memory();  // the document is gone by now
+Lingomat::Lingomat(const Opts& opts)
+    : Lingomat(opts, read_data_file_sections(opts.classifier.data_file)) {
+  return_freed_memory();  // the file's text and the gathered sections are gone by now
 }
 
-Lingomat::Lingomat(const Opts& opts, const JsonValue& document)
-    : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, document) {
-  build_lookup(filenames_, filename_lists_, document, data_keys::kFilenames);
-  build_lookup(extnames_, extname_lists_, document, data_keys::kExtnames);
-  build_lookup(interpreters_, interpreter_lists_, document, data_keys::kInterpreters);
+Lingomat::Lingomat(const Opts& opts, DataFileSections&& sections)
+    : opts_(opts), tokenizer_(opts_.tokenizer), classifier_(opts_.classifier, sections) {
+  build_lookup(filenames_, filename_lists_, sections.filenames);
+  build_lookup(extnames_, extname_lists_, sections.extnames);
+  build_lookup(interpreters_, interpreter_lists_, sections.interpreters);
   // Sorted once so that identification can test membership by binary search.
   std::sort(opts_.restrictions.begin(), opts_.restrictions.end());
 }

@@ -15,8 +15,6 @@
 namespace quillon::lingomat {
 
 using LanguageLookup = std::map<std::string, std::vector<std::string>, std::less<>>;
-// One name lookup as the data file lists it: each language with its names, both in file order.
-using LanguageNames = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 // The part of a file name that the extension lookup uses: from its last '.', dot included;
 // empty when there is none.
@@ -112,8 +110,8 @@ class Lingomat {
   const LanguageNames& interpreters_by_language() const { return interpreter_lists_; }
 
  private:
-  // Builds everything from the one parse of the data file.
-  Lingomat(const Opts& opts, const JsonValue& document);
+  // Builds everything from the one read of the data file.
+  Lingomat(const Opts& opts, DataFileSections&& sections);
 
   // The pipeline behind identify() and trace(); records into `trace` when it is not null.
   std::string decide(std::string_view file_name, std::string_view code, const FloorPolicy& floors,

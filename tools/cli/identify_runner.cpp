@@ -30,9 +30,10 @@ FileResult failure(std::string reason) {
 // A walked file, opened without leaving the tree, then read like any other descriptor.
 tools::InputResult open_walked_input(const InputItem& item, const Tokenizer& tokenizer) {
   tools::InputResult result;
-  const FileDescriptor file(open_walked_file(item, result.error));
+  std::uint64_t size = 0;
+  const FileDescriptor file(open_walked_file(item, result.error, size));
   if (file.get() < 0) return result;
-  return tools::open_input_descriptor(file.get(), true, &tokenizer);
+  return tools::open_input_regular(file.get(), size, true, &tokenizer);
 }
 
 // Prose that nothing names gets the stricter prose floor; a floor that is off stays off.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "input_collector.h"
@@ -10,7 +11,8 @@ namespace quillon::lingomat::cli {
 // named, then each folder below it relative to the one before, never through a symbolic link,
 // so a folder swapped for a link after the walk cannot lead out of the tree. Only the file's
 // own link is followed, when the walk found a link to a file. Returns a descriptor of a regular
-// file, or -1 with the reason.
-int open_walked_file(const InputItem& item, std::string& reason);
+// file and its size, or -1 with the reason. Each thread keeps the folder of the last file it
+// opened, since the walk lists a folder's files together.
+int open_walked_file(const InputItem& item, std::string& reason, std::uint64_t& size);
 
 }  // namespace quillon::lingomat::cli

@@ -29,7 +29,10 @@ InputResult failed(std::string reason) {
 }
 
 // Reads until `buffer` holds `limit` bytes or the input ends; false (errno set) on error.
-bool fill(int fd, std::string& buffer, std::size_t limit, bool& at_end) {
+// A regular file of `known_size` bytes (0: not known) ends where a read that reached that
+// size comes back short, which spares the read that would only find the end. Files that
+// report no size (some under /proc) may read short anywhere, so they are read to the end.
+bool fill(int fd, std::string& buffer, std::size_t limit, std::uint64_t known_size, bool& at_end) {
   at_end = false;
   while (buffer.size() < limit) {
     const std::size_t used = buffer.size();
@@ -37,7 +40,9 @@ bool fill(int fd, std::string& buffer, std::size_t limit, bool& at_end) {
     const ssize_t got = ::read(fd, &buffer[used], limit - used);
     const int error = errno;
     buffer.resize(used + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got == 0) {
+    const bool short_at_size =
+        known_size != 0 && buffer.size() >= known_size && buffer.size() < limit;
+    if (got == 0 || (got > 0 && short_at_size)) {
       at_end = true;
       return true;
     }
@@ -65,6 +70,7 @@ bool identification_fits(const std::string& prefix, const Tokenizer& tokenizer) 
   return reach + kTailMargin <= text.view().size();
 }
 
+// `size_hint` is the bytes left in a regular file, else 0.
 InputResult read_prefix(int fd, std::uint64_t size_hint, bool stop_if_binary,
                         const Tokenizer* tokenizer, std::size_t ceiling) {
   InputResult result;
@@ -74,7 +80,7 @@ InputResult read_prefix(int fd, std::uint64_t size_hint, bool stop_if_binary,
                                              : kFirstRead);
   for (bool first = true;; first = false) {
     bool at_end = false;
-    if (!fill(fd, result.text, target, at_end)) return failed(errno_text(errno));
+    if (!fill(fd, result.text, target, size_hint, at_end)) return failed(errno_text(errno));
     if (first && stop_if_binary && looks_binary(result.text)) {
       result.status = ReadStatus::kBinary;
       return result;
@@ -118,6 +124,11 @@ InputResult open_input_descriptor(int fd, bool stop_if_binary, const Tokenizer* 
     }
   }
   return read_prefix(fd, size_hint, stop_if_binary, tokenizer, ceiling);
+}
+
+InputResult open_input_regular(int fd, std::uint64_t size, bool stop_if_binary,
+                               const Tokenizer* tokenizer, std::size_t ceiling) {
+  return read_prefix(fd, size, stop_if_binary, tokenizer, ceiling);
 }
 
 }  // namespace quillon::lingomat::tools

@@ -41,4 +41,9 @@ InputResult open_input_descriptor(int fd, bool stop_if_binary = false,
                                   const Tokenizer* tokenizer = nullptr,
                                   std::size_t ceiling = kMaxInputBytes);
 
+// The same from a regular file just opened, whose size the caller has taken.
+InputResult open_input_regular(int fd, std::uint64_t size, bool stop_if_binary = false,
+                               const Tokenizer* tokenizer = nullptr,
+                               std::size_t ceiling = kMaxInputBytes);
+
 }  // namespace quillon::lingomat::tools
