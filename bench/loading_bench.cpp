@@ -18,11 +18,13 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include <rapidjson/document.h>
 
+#include "base/token_hash.h"
 #include "created_engine.h"
 #include "engine/engine.h"
 #include "json/json_member_index.h"
@@ -152,6 +154,45 @@ double median_lookup_ms(const std::string& path, int runs) {
   for (int i = 0; i < runs; ++i) times.push_back(lookup_ms(path, true));
   std::sort(times.begin(), times.end());
   return times[times.size() / 2];
+}
+
+// How well the fast token hash spreads the data file's distinct tokens: they go, in file
+// order, into a linear-probing table at most half full, as the vocabulary keeps them, under
+// `seeds` fresh hashers. Prints the median of the average probes and the longest probe seen.
+void report_probes(const std::string& path, int seeds) {
+  rapidjson::Document document;
+  document.Parse(read_whole(path).c_str());
+  std::vector<std::string_view> tokens;
+  std::unordered_set<std::string_view> seen;
+  for (const auto& language : std::as_const(document)["tokens"].GetObject()) {
+    for (const auto& token : language.value.GetObject()) {
+      const std::string_view text(token.name.GetString(), token.name.GetStringLength());
+      if (seen.insert(text).second) tokens.push_back(text);
+    }
+  }
+  std::size_t slot_count = 16;
+  while (slot_count < tokens.size() * 2) slot_count *= 2;
+  std::vector<double> averages;
+  std::size_t longest = 0;
+  for (int seed = 0; seed < seeds; ++seed) {
+    const quillon::lingomat::TokenHasher hasher;
+    std::vector<bool> taken(slot_count);
+    std::size_t probes = 0;
+    for (const std::string_view token : tokens) {
+      const std::size_t start = hasher(token) & (slot_count - 1);
+      std::size_t slot = start;
+      while (taken[slot]) slot = (slot + 1) & (slot_count - 1);
+      taken[slot] = true;
+      const std::size_t probed = (slot - start) & (slot_count - 1);
+      probes += probed;
+      longest = std::max(longest, probed);
+    }
+    averages.push_back(static_cast<double>(probes) / static_cast<double>(tokens.size()));
+  }
+  std::printf(
+      "fast hash on %zu distinct tokens, %zu slots: average probes %.3f (median of %d "
+      "seeds), longest %zu\n",
+      tokens.size(), slot_count, median(averages), seeds, longest);
 }
 
 #ifdef LINGOMAT_BENCH_TOOL
@@ -289,6 +330,7 @@ int main(int argc, char** argv) {
     std::printf("%-22s by CPU time: parse %.1f ms, create %.1f ms, ratio %.2f\n", "",
                 time.parse_cpu_ms, time.create_cpu_ms, time.create_cpu_ms / time.parse_cpu_ms);
   }
+  report_probes(data, std::max(runs, 9));
 #ifdef LINGOMAT_BENCH_TOOL
   report_tool_start(data, folder, runs);
 #endif

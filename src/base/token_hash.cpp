@@ -89,22 +89,45 @@ std::uint64_t siphash24(std::string_view bytes, const std::uint64_t key[2]) {
 
 TokenHasher::TokenHasher() : seed_(random_word()), key_{random_word(), random_word()} {}
 
+namespace {
+
+std::uint64_t load64(const char* p) {
+  std::uint64_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+std::uint64_t load32(const char* p) {
+  std::uint32_t word;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+}  // namespace
+
 std::uint64_t TokenHasher::fast(std::string_view token) const {
   // Eight bytes at a time, multiply-and-rotate mixing: tokens are short and hashed often.
+  // The last bytes come from whole loads that overlap bytes already taken, never from a
+  // byte loop: bytes stored one by one and read back as a word stall the load. Within one
+  // length every byte still lands in the mixed word, so equal-length tokens stay distinct.
   constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
-  std::uint64_t hash = seed_ ^ token.size();
+  const std::size_t size = token.size();
   const char* p = token.data();
-  std::size_t left = token.size();
-  for (; left >= 8; left -= 8, p += 8) {
-    std::uint64_t chunk;
-    std::memcpy(&chunk, p, 8);
-    hash = ((hash ^ chunk) * kMultiplier);
-    hash ^= hash >> 29;
-  }
-  if (left > 0) {
-    std::uint64_t chunk = 0;
-    std::memcpy(&chunk, p, left);
-    hash = ((hash ^ chunk) * kMultiplier);
+  std::uint64_t hash = seed_ ^ size;
+  if (size > 8) {
+    const char* const last = p + size - 8;
+    for (; p < last; p += 8) {
+      hash = (hash ^ load64(p)) * kMultiplier;
+      hash ^= hash >> 29;
+    }
+    hash = (hash ^ load64(last)) * kMultiplier;
+  } else if (size >= 4) {
+    hash = (hash ^ (load32(p) | load32(p + size - 4) << 32)) * kMultiplier;
+  } else if (size > 0) {
+    const auto byte = [p](std::size_t i) {
+      return std::uint64_t{static_cast<unsigned char>(p[i])};
+    };
+    hash = (hash ^ (byte(0) | byte(size / 2) << 8 | byte(size - 1) << 16)) * kMultiplier;
   }
   hash ^= hash >> 32;
   hash *= kMultiplier;
