@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -444,7 +445,8 @@ class PlainScanner {
   }();
 
  public:
-  explicit PlainScanner(const char* text) : p_(text) {}
+  // `text` ends with a NUL, as a std::string's contents do.
+  explicit PlainScanner(std::string_view text) : p_(text.data()), end_(text.data() + text.size()) {}
 
   // False when the text is not all plain JSON (or the gatherer stopped); the events handed
   // over so far are then to be dropped.
@@ -493,11 +495,35 @@ class PlainScanner {
     return true;
   }
 
+  // Where among the 8 bytes of `word` (in memory order) the first quote, backslash or control
+  // character is, or 8. Each test may also flag bytes after a true match, never before one,
+  // so the lowest flag of all three is the first such byte.
+  static unsigned first_special(std::uint64_t word) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+    constexpr std::uint64_t kHighs = 0x8080808080808080ull;
+    const auto zero_byte = [](std::uint64_t x) { return (x - kOnes) & ~x & kHighs; };
+    const std::uint64_t found = zero_byte(word ^ (kOnes * '"')) | zero_byte(word ^ (kOnes * '\\')) |
+                                ((word - kOnes * 0x20) & ~word & kHighs);
+    return found == 0 ? 8 : static_cast<unsigned>(__builtin_ctzll(found)) / 8;
+  }
+
   // From the opening quote: the characters up to the closing one, which is passed. Escapes
   // are decoded into a scratch copy, as the parser decodes them.
   bool string(const char*& begin, rapidjson::SizeType& length) {
     begin = ++p_;
     const char* end = begin;  // a local cursor stays in a register
+    // Eight bytes at a time while eight remain in the text, then byte by byte. The word's
+    // first byte in memory is its lowest only on little-endian machines.
+    constexpr bool kWordsInMemoryOrder = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    for (; kWordsInMemoryOrder && end_ - end >= 8; end += 8) {
+      std::uint64_t word;
+      std::memcpy(&word, end, sizeof word);
+      const unsigned at = first_special(word);
+      if (at < 8) {
+        end += at;
+        break;
+      }
+    }
     while (kPlainByte[static_cast<unsigned char>(*end)]) ++end;
     p_ = end;
     if (*end == '\\') return escaped_string(begin, length);
@@ -698,6 +724,7 @@ class PlainScanner {
   }
 
   const char* p_;
+  const char* const end_;  // the NUL after the text
   std::size_t depth_ = 0;
   std::string scratch_;  // a string with escapes, decoded
 };
@@ -715,7 +742,7 @@ void reserve_for(SectionGatherer& gatherer, const std::string& text) {
 bool gather_plain(const std::string& text, DataFileSections& sections) {
   SectionGatherer gatherer(sections, kRecursionSafeDepth);
   reserve_for(gatherer, text);
-  if (!PlainScanner(text.c_str()).scan(gatherer)) return false;
+  if (!PlainScanner(text).scan(gatherer)) return false;
   gatherer.intern_batch();
   return true;
 }
