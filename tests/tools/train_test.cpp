@@ -154,16 +154,27 @@ TEST(DiscriminativeTest, PerceptronFixesWhatNaiveBayesRanksWrong) {
       best(render_data_file(languages, statistics, calibration), wide_file("new"), both).first,
       "Narrow");
 
-  DiscriminativeReport report;
-  const auto adjusted =
-      train_discriminatively(statistics, calibration, samples, {20, 2.0, 0.0}, report);
-  ASSERT_EQ(report.errors.size(), 21u);
-  EXPECT_EQ(report.errors.front(), 3u);  // every Wide sample, with its project left out
-  EXPECT_EQ(report.errors.back(), 0u);
-  const std::string json = render_data_file(languages, adjusted, calibration, {20, "2", "0", 78});
-  require_valid_data_file(json, "adjusted.json");
-  EXPECT_EQ(best(json, wide_file("new"), both).first, "Wide");
-  EXPECT_EQ(best(json, {"c", "c", "c", "c", "t"}, both).first, "Narrow");
+  // The logistic loss must fix it too, and the same run must give the same weights.
+  using Loss = DiscriminativeConfig::Loss;
+  std::string logistic_json;
+  for (const Loss loss : {Loss::kPerceptron, Loss::kLogistic, Loss::kLogistic}) {
+    SCOPED_TRACE(loss == Loss::kLogistic ? "logistic" : "perceptron");
+    DiscriminativeReport report;
+    const auto adjusted = train_discriminatively(statistics, calibration, samples,
+                                                 {20, 2.0, 0.0, loss, 0.01}, report);
+    ASSERT_EQ(report.errors.size(), 21u);
+    EXPECT_EQ(report.errors.front(), 3u);  // every Wide sample, with its project left out
+    EXPECT_EQ(report.errors.back(), 0u);
+    const std::string json =
+        render_data_file(languages, adjusted, calibration, {20, "2", "0", 78, ""});
+    require_valid_data_file(json, "adjusted.json");
+    EXPECT_EQ(best(json, wide_file("new"), both).first, "Wide");
+    EXPECT_EQ(best(json, {"c", "c", "c", "c", "t"}, both).first, "Narrow");
+    if (loss == Loss::kLogistic) {
+      EXPECT_TRUE(logistic_json.empty() || json == logistic_json);
+      logistic_json = json;
+    }
+  }
 }
 
 // The trace splits each candidate's score in two; put together they must give the engine's.

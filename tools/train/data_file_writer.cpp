@@ -143,8 +143,15 @@ std::string render_data_file(const std::vector<LanguageDefinition>& languages,
     writer.Int(checked_count(discriminative.epochs, "the number of epochs"));
     writer.Key("rate");
     write_string(writer, discriminative.rate);
-    writer.Key("margin");
-    write_string(writer, discriminative.margin);
+    if (discriminative.l2.empty()) {
+      writer.Key("margin");
+      write_string(writer, discriminative.margin);
+    } else {
+      writer.Key("loss");
+      write_string(writer, "logistic");
+      writer.Key("l2");
+      write_string(writer, discriminative.l2);
+    }
     writer.EndObject();
   }
   writer.EndObject();

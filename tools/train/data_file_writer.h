@@ -28,6 +28,7 @@ struct DiscriminativeRecord {
   std::string rate;
   std::string margin;
   std::uint64_t counted_tokens = 0;
+  std::string l2;  // the logistic loss's shrink; empty when the perceptron ran
 };
 
 // The data file as JSON text. statistics[i] belongs to languages[i]; a

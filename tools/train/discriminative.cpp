@@ -119,10 +119,16 @@ class PerceptronModel {
         if (language != own && scores[language] > scores[rival]) rival = language;
       }
       if (scores[own] <= scores[rival]) ++errors;
-      if (update && scores[own] - scores[rival] <= config.margin) {
+      if (!update) continue;
+      if (config.loss == DiscriminativeConfig::Loss::kLogistic) {
+        adjust_logistic(sample, scores, config.rate);
+      } else if (scores[own] - scores[rival] <= config.margin) {
         adjust(sample, own, rival, config.rate);
       }
-      if (update) ++step_;
+      ++step_;
+    }
+    if (update && config.loss == DiscriminativeConfig::Loss::kLogistic && config.l2 > 0) {
+      shrink(config.l2);
     }
     return errors;
   }
@@ -231,6 +237,43 @@ class PerceptronModel {
         pair.delta += change;
         pair.weighted_changes += double(step_) * change;
       }
+    }
+  }
+
+  // One step down the gradient of -ln softmax(scores)[own]: each language's weights for
+  // the sample's tokens move by (y - p) times their occurrences, p its softmax share and
+  // y 1 for the sample's own language. Spread over the occurrences like adjust().
+  void adjust_logistic(const EncodedSample& sample, std::vector<double>& scores, double rate) {
+    const double top = *std::max_element(scores.begin(), scores.end());
+    double sum = 0;
+    for (double& score : scores) sum += score = std::exp(score - top);  // -inf gives 0
+    for (double& score : scores) score /= sum;
+    scores[sample.language] -= 1.0;  // now p - y
+    const Group& group = groups_[sample.group];
+    double occurrences = 0;
+    for (const auto& token : sample.tokens) occurrences += token.second;
+    rate /= std::max(1.0, occurrences);
+    for (const auto& [token, occurs] : sample.tokens) {
+      for (const std::uint32_t p : rows_[token]) {
+        Pair& pair = pairs_[p];
+        const double gradient = scores[pair.language];
+        // Shares this small move no weight by a representable amount; skipping them
+        // keeps an epoch near the perceptron's cost.
+        if (std::abs(gradient) < 1e-12) continue;
+        // The left-out group's own tokens scored as unseen: their weights played no part.
+        if (pair.language == sample.language && pair.count <= group.counts.at(token)) continue;
+        const double change = -rate * occurs * gradient;
+        pair.delta += change;
+        pair.weighted_changes += double(step_) * change;
+      }
+    }
+  }
+
+  void shrink(double fraction) {
+    for (Pair& pair : pairs_) {
+      const double change = -fraction * pair.delta;
+      pair.delta += change;
+      pair.weighted_changes += double(step_) * change;
     }
   }
 

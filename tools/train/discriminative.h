@@ -15,10 +15,18 @@ namespace quillon::lingomat::tools {
 // How the naive-Bayes weights are re-estimated to reduce ranking errors; epochs 0
 // leaves them as counted.
 struct DiscriminativeConfig {
+  // The perceptron moves weights only for a misranked sample, toward its language and
+  // away from the best rival; the logistic loss moves them for every sample, by the
+  // gradient of the cross-entropy of the softmax over all languages' scores.
+  enum class Loss { kPerceptron, kLogistic };
   std::uint64_t epochs = 0;
   // The weight change a misranked sample makes, spread over its token occurrences.
   double rate = 0.5;
   double margin = 0.0;  // a sample is misranked unless its language leads by more
+  Loss loss = Loss::kPerceptron;
+  // Logistic loss only: after each epoch every change from the counted weights shrinks
+  // by this fraction, which keeps tokens few files saw near their counted weights.
+  double l2 = 0.0;
 };
 
 // Misranked training samples before the first epoch and after each one.

@@ -83,6 +83,15 @@ int train(int argc, char** argv) {
   parser.add_double("margin", "M",
                     "Adjust also when the sample's language leads by M or less (default 0).",
                     &config.discriminative.margin);
+  std::string loss = "perceptron";
+  parser.add_string("discriminative-loss", "LOSS",
+                    "perceptron: move the weights for misranked samples only; logistic: for "
+                    "every sample, by the softmax cross-entropy's gradient (default perceptron).",
+                    &loss);
+  parser.add_double("l2", "F",
+                    "With the logistic loss, shrink every weight change by the fraction F after "
+                    "each epoch (default 0).",
+                    &config.discriminative.l2);
   parser.add_string("prior-shares", "FILE",
                     "Set each language's prior from its share of public code, lines "
                     "'SHARE LANGUAGE' in percent; unlisted languages get the smallest share "
@@ -115,6 +124,20 @@ int train(int argc, char** argv) {
   }
   if (discriminative.epochs == 0 && (parser.given("learning-rate") || parser.given("margin"))) {
     throw lt::UsageError("--learning-rate and --margin need --discriminative-epochs");
+  }
+  if (loss == "logistic") {
+    config.discriminative.loss = lt::DiscriminativeConfig::Loss::kLogistic;
+  } else if (loss != "perceptron") {
+    throw lt::UsageError("--discriminative-loss must be perceptron or logistic");
+  }
+  if (!(discriminative.l2 >= 0 && discriminative.l2 < 1)) {
+    throw lt::UsageError("--l2 must be from 0 to below 1");
+  }
+  if (parser.given("l2") && loss != "logistic") {
+    throw lt::UsageError("--l2 needs --discriminative-loss logistic");
+  }
+  if (parser.given("margin") && loss == "logistic") {
+    throw lt::UsageError("--margin is for the perceptron; the logistic loss has no margin");
   }
   config.split = split.finish();
   config.threads = static_cast<unsigned>(threads);

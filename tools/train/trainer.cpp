@@ -64,7 +64,10 @@ TrainSummary run_training(const TrainConfig& config) {
     summary.misranked = report.errors;
     summary.scored_samples = report.samples;
     record = {config.discriminative.epochs, decimal(config.discriminative.rate),
-              decimal(config.discriminative.margin), 0};
+              decimal(config.discriminative.margin), 0, ""};
+    if (config.discriminative.loss == DiscriminativeConfig::Loss::kLogistic) {
+      record.l2 = decimal(config.discriminative.l2);
+    }
   }
 
   summary.languages = set.languages.size();
