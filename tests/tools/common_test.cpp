@@ -8,12 +8,14 @@
 #include <filesystem>
 #include <new>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "common/definitions.h"
 #include "common/file_io.h"
+#include "common/help_layout.h"
 #include "common/input_text.h"
 #include "common/samples_tree.h"
 #include "common/split.h"
@@ -79,6 +81,31 @@ TEST(ToolCommands, RefuseBadCommandLinesAndUnusableDataFiles) {
   }
   EXPECT_EQ(test_support::run_program(train, {"--version"}).out,
             std::string("lingomat-train ") + LINGOMAT_VERSION + "\n");
+}
+
+// Help text goes into the man pages, where a line that starts with '-' names an option.
+TEST(HelpLayout, NoLineStartsWithADashAndNoneRunsLongWithoutNeed) {
+  const std::string x(30, 'x'), z(44, 'z');
+  for (const std::string& text :
+       {x + " " + z + " --flag-like -1", "one " + x + " " + z + " -a -b -c --long-option",
+        std::string(60, 'w') + " -n", "plain words " + std::string(70, 'v') + " end"}) {
+    std::istringstream lines(help_entry("--term", text));
+    std::string words;
+    bool first = true;
+    for (std::string line; std::getline(lines, line); first = false) {
+      const std::string body = line.substr(kHelpColumn);
+      if (!first) {
+        EXPECT_NE(body[0], '-') << line;
+      }
+      // Only words that may not start a line may run past the width.
+      if (line.size() > kHelpWidth) {
+        std::istringstream rest(body.substr(std::min(body.size(), body.find(' '))));
+        for (std::string word; rest >> word;) EXPECT_EQ(word[0], '-') << line;
+      }
+      words += (first ? "" : " ") + body;
+    }
+    EXPECT_EQ(words, text);
+  }
 }
 
 TEST(RunToolTest, EachFailureHasItsStatusAndOneMessage) {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <locale>
+
 #include "reference_engine.h"
 #include "sample_texts.h"
 
@@ -82,6 +85,30 @@ TEST(Tokenizer, RulesOnHandPickedTexts) {
     EXPECT_EQ(Tokenizer(row.limits).extract_shebang(row.text),
               reference::extract_shebang(row.text));
   }
+}
+
+// A host's locale must change no token: accented letters in UTF-8 and in Latin-1, digits,
+// punctuation and a tag, tokenized under "C" and under "C.UTF-8".
+std::vector<std::string> tokens_in_locale(const char* name) {
+  const std::string previous = std::setlocale(LC_ALL, nullptr);
+  const std::locale previous_global;
+  if (std::setlocale(LC_ALL, name) == nullptr) return {"(locale missing)"};
+  std::locale::global(std::locale(name));
+  const std::vector<std::string> tokens =
+      Tokenizer(Tokenizer::Opts{0, 0})
+          .extract_tokens(
+              "caf\xc3\xa9 na\xefve \xe9t\xe9 \xc2\xb5s 3.14 x_y <p class=a> // c\n\"s\" \xff end");
+  std::locale::global(previous_global);
+  std::setlocale(LC_ALL, previous.c_str());
+  return tokens;
+}
+
+TEST(Tokenizer, TokensDoNotDependOnTheLocale) {
+  const std::vector<std::string> in_c = tokens_in_locale("C");
+  const std::vector<std::string> in_utf8 = tokens_in_locale("C.UTF-8");
+  if (in_utf8 == std::vector<std::string>{"(locale missing)"}) GTEST_SKIP() << "no C.UTF-8";
+  EXPECT_FALSE(in_c.empty());
+  EXPECT_EQ(in_c, in_utf8);
 }
 
 }  // namespace

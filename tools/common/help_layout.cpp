@@ -26,19 +26,22 @@ std::size_t width_of(const Line& line) {
   return width;
 }
 
-// Greedy filling, except that a line never starts with '-': the word before goes along.
+// Greedy filling, except that a line never starts with '-': the words before go along, back
+// to the nearest one that does not start with '-'. Without one, the line runs long: overlong
+// beats being read as an option.
 std::vector<Line> fill(const std::vector<std::string>& words, std::size_t room) {
   std::vector<Line> lines(1);
   for (const std::string& word : words) {
     Line& line = lines.back();
     if (!line.empty() && width_of(line) + 1 + word.size() > room) {
-      Line next;
-      if (word[0] == '-' && line.size() > 1) {
-        next.push_back(line.back());
-        line.pop_back();
+      std::size_t split = line.size();
+      if (word[0] == '-') {
+        do --split;
+        while (split > 0 && line[split][0] == '-');
       }
-      // A lone word before a dash-word: overlong beats being read as an option.
-      if (word[0] != '-' || !next.empty()) {
+      if (split > 0) {
+        Line next(line.begin() + static_cast<std::ptrdiff_t>(split), line.end());
+        line.resize(split);
         lines.push_back(std::move(next));
       }
     }

@@ -6,22 +6,6 @@
 
 namespace quillon::lingomat::tools {
 
-namespace {
-
-void add_counted(const SampleTokens& sample, LanguageStatistics& statistics) {
-  ++statistics.samples;
-  statistics.tokens += sample.counted;
-  statistics.invalid_tokens += sample.invalid;
-  for (const auto& [token, count] : sample.tokens) statistics.counts[token] += count;
-}
-
-}  // namespace
-
-void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
-                std::uint64_t max_repeats) {
-  add_counted(count_sample(tokens, max_repeats), statistics);
-}
-
 std::vector<LanguageStatistics> tally_samples(const std::vector<SampleTokens>& samples,
                                               std::size_t languages) {
   std::vector<LanguageStatistics> statistics(languages);

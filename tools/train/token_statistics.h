@@ -37,11 +37,6 @@ std::vector<LanguageStatistics> count_tokens(const std::vector<std::vector<Sampl
                                              std::uint64_t max_repeats = 0,
                                              const ProgressFn& progress = {});
 
-// Adds the tokens of one text to `statistics` as one sample, each token at
-// most `max_repeats` times (0: every occurrence).
-void add_sample(const std::vector<std::string>& tokens, LanguageStatistics& statistics,
-                std::uint64_t max_repeats = 0);
-
 // The tokens seen exactly once that are longer than `max_bytes` bytes (0: none).
 // Short ones are mostly shared vocabulary that files of other projects meet
 // again; long ones mostly one file's identifiers and strings.
