@@ -218,13 +218,23 @@ class PerceptronModel {
     return true;
   }
 
-  void adjust(const EncodedSample& sample, std::size_t own, std::size_t rival, double rate) {
-    const Group& group = groups_[sample.group];
-    // Spread over the sample's tokens, so that a long file moves the weights no more
-    // than a short one.
+  // The rate spread over the sample's tokens, so that a long file moves the weights no more
+  // than a short one.
+  static double spread(const EncodedSample& sample, double rate) {
     double occurrences = 0;
     for (const auto& token : sample.tokens) occurrences += token.second;
-    rate /= std::max(1.0, occurrences);
+    return rate / std::max(1.0, occurrences);
+  }
+
+  // Moves a weight, and keeps the sum of its changes weighted by the step for the average.
+  void move(Pair& pair, double change) {
+    pair.delta += change;
+    pair.weighted_changes += double(step_) * change;
+  }
+
+  void adjust(const EncodedSample& sample, std::size_t own, std::size_t rival, double rate) {
+    const Group& group = groups_[sample.group];
+    rate = spread(sample, rate);
     for (const auto& [token, occurs] : sample.tokens) {
       for (const std::uint32_t p : rows_[token]) {
         Pair& pair = pairs_[p];
@@ -234,8 +244,7 @@ class PerceptronModel {
         } else if (pair.language == rival) {
           change = -rate * occurs;
         }
-        pair.delta += change;
-        pair.weighted_changes += double(step_) * change;
+        move(pair, change);
       }
     }
   }
@@ -250,9 +259,7 @@ class PerceptronModel {
     for (double& score : scores) score /= sum;
     scores[sample.language] -= 1.0;  // now p - y
     const Group& group = groups_[sample.group];
-    double occurrences = 0;
-    for (const auto& token : sample.tokens) occurrences += token.second;
-    rate /= std::max(1.0, occurrences);
+    rate = spread(sample, rate);
     for (const auto& [token, occurs] : sample.tokens) {
       for (const std::uint32_t p : rows_[token]) {
         Pair& pair = pairs_[p];
@@ -263,18 +270,13 @@ class PerceptronModel {
         // The left-out group's own tokens scored as unseen: their weights played no part.
         if (pair.language == sample.language && pair.count <= group.counts.at(token)) continue;
         const double change = -rate * occurs * gradient;
-        pair.delta += change;
-        pair.weighted_changes += double(step_) * change;
+        move(pair, change);
       }
     }
   }
 
   void shrink(double fraction) {
-    for (Pair& pair : pairs_) {
-      const double change = -fraction * pair.delta;
-      pair.delta += change;
-      pair.weighted_changes += double(step_) * change;
-    }
+    for (Pair& pair : pairs_) move(pair, -fraction * pair.delta);
   }
 
   const std::vector<LanguageStatistics>& statistics_;
